@@ -1,0 +1,34 @@
+#ifndef RVK_MESSAGE_H
+#define RVK_MESSAGE_H
+
+#include "RVKMessageBase.h"
+
+// A numbered message of a message catalog. Formatting looks the number up in
+// the built-in English catalog (the catalog "rvkzummsgs" is built in) and
+// falls back to "<catalog>#0x<number in hex>" for numbers it does not know.
+class RVKMessage : public RVKMessageBase {
+public:
+    RVKMessage(I18NString const& msgFile, unsigned long number);
+    RVKMessage(RVKMessage const&) = default;
+    RVKMessage& operator=(RVKMessage const&) = default;
+    ~RVKMessage() override;
+
+    RVKMessage* clone() const override;
+    char const* getClassName() const override;
+    I18NString& format(char const* prefix, char const* suffix, I18NString& out) const override;
+    // The catalog name.
+    virtual I18NString const& getMsgFile() const { return m_msg_file; }
+    virtual void setMsgFile(I18NString& msgFile) { m_msg_file = msgFile; }
+
+    unsigned long getMsgNumber() const { return m_number; }
+
+private:
+    I18NString m_msg_file;
+    unsigned long m_number;
+};
+
+// The English text of message `number` of the catalog `msgFile`, or null when
+// the built-in catalog does not know it.
+char const* RVKMessageCatalogText(char const* msgFile, unsigned long number);
+
+#endif

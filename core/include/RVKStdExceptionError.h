@@ -1,0 +1,16 @@
+#ifndef RVK_STD_EXCEPTION_ERROR_H
+#define RVK_STD_EXCEPTION_ERROR_H
+
+#include <exception>
+
+#include "RVKThrowable.h"
+
+// A standard exception caught where a core exception was expected; its text
+// is the caught exception's what(), its code 0.
+class RVKStdExceptionError : public RVKThrowable {
+public:
+    explicit RVKStdExceptionError(std::exception const& caught);
+    RVK_THROWABLE_OPERATIONS(RVKStdExceptionError);
+};
+
+#endif

@@ -1,0 +1,16 @@
+#ifndef ZUM_STREAMS_H
+#define ZUM_STREAMS_H
+
+// Every public header of the stream library. Include this and RVKCore.h.
+#include "ZUMFilterInputStream.h"
+#include "ZUMFilterOutputStream.h"
+#include "ZUMIOCancelException.h"
+#include "ZUMIOException.h"
+#include "ZUMIOTimeoutException.h"
+#include "ZUMInputStream.h"
+#include "ZUMMemoryInputStream.h"
+#include "ZUMMemoryOutputStream.h"
+#include "ZUMMessage.h"
+#include "ZUMOutputStream.h"
+
+#endif
