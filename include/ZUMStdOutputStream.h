@@ -1,0 +1,36 @@
+#ifndef ZUM_STD_OUTPUT_STREAM_H
+#define ZUM_STD_OUTPUT_STREAM_H
+
+#include <ostream>
+
+#include "ZUMOutputStream.h"
+
+// An endpoint output stream over a std::ostream (referenced, never owned),
+// so that any output filter of the library can write to a standard stream.
+// A write or flush that leaves the ostream bad raises ZUMIOException (code
+// errno, message 0x91fdd700 with the text "std::ostream write failed").
+// close() flushes; the ostream stays usable.
+class ZUMStdOutputStream : public ZUMOutputStream {
+public:
+    // Writes to `stream`.
+    explicit ZUMStdOutputStream(std::ostream& stream);
+    ~ZUMStdOutputStream() override;
+
+    // Writes the bytes. Raises ZUMIOException; RVKAssertError for a negative
+    // count or null bytes with a positive count.
+    void write(char const* bytes, int count) override;
+    // Flushes the ostream. Raises ZUMIOException.
+    void flush() override;
+    // Flushes the ostream. Raises ZUMIOException.
+    void close() override;
+
+private:
+    ZUMStdOutputStream(ZUMStdOutputStream const&) = delete;
+    ZUMStdOutputStream& operator=(ZUMStdOutputStream const&) = delete;
+
+    void check(char const* method);
+
+    std::ostream& m_stream;
+};
+
+#endif

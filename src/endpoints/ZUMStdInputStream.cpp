@@ -1,0 +1,58 @@
+#include "ZUMStdInputStream.h"
+
+#include <cerrno>
+
+#include "ZUMRaise.h"
+
+namespace {
+
+unsigned long const k_msg_read_failed = 0x91fe8ba5UL;
+
+}  // namespace
+
+ZUMStdInputStream::ZUMStdInputStream(std::istream& stream) : m_stream(stream)
+{
+}
+
+ZUMStdInputStream::~ZUMStdInputStream() = default;
+
+int ZUMStdInputStream::read(RVKByteBuffer& buffer, int count)
+{
+    if (count < 1) {
+        return count < 0 ? -1 : 0;
+    }
+    int old = buffer.pcount();
+    buffer.reserve(static_cast<unsigned>(old) + static_cast<unsigned>(count));
+    int n = read(buffer.str() + old, count);
+    if (n > 0) {
+        buffer.setLength(static_cast<unsigned>(old + n));
+    }
+    return n;
+}
+
+int ZUMStdInputStream::read(char* buf, int count)
+{
+    if (!buf || count < 1) {
+        return 0;
+    }
+    errno = 0;
+    m_stream.read(buf, count);
+    std::streamsize n = m_stream.gcount();
+    if (m_stream.bad()) {
+        ZUM_RAISE_IO("int ZUMStdInputStream::read(char *, int)", errno, k_msg_read_failed);
+    }
+    if (n == 0 && m_stream.eof()) {
+        return -1;
+    }
+    return static_cast<int>(n);
+}
+
+int ZUMStdInputStream::read()
+{
+    errno = 0;
+    int c = m_stream.get();
+    if (m_stream.bad()) {
+        ZUM_RAISE_IO("int ZUMStdInputStream::read()", errno, k_msg_read_failed);
+    }
+    return c == std::istream::traits_type::eof() ? -1 : static_cast<unsigned char>(c);
+}
