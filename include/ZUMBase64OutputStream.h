@@ -36,7 +36,8 @@ public:
     // group left incomplete by earlier calls is written padded once these
     // bytes have been offered to it. `bytes` may be null only with `bFlush`
     // set and a count of 0. Raises RVKAssertError "RVK_ASSERT(bytes ||
-    // bFlush);" and "RVK_ASSERT(count >= 0);", RVKIllegalStateError
+    // bFlush);", "RVK_ASSERT(count >= 0);" and "RVK_ASSERT(bytes || count ==
+    // 0);" (null bytes with a positive count), RVKIllegalStateError
     // ("ZUMBase64OutputStream::write") when unwrapped, RVKOutOfMemoryError,
     // and ZUMIOException (message 0x91fdd700, then the text) for a text
     // exception thrown by the downstream; other exceptions pass.

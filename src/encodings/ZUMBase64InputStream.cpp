@@ -67,6 +67,7 @@ int ZUMBase64InputStream::readDecoded(char* buf, int count)
     if (count <= 0) {
         return 0;
     }
+    RVK_ASSERT(buf);
     while (total < count) {
         if (m_decoded_len == 0 && !fetchGroup()) {
             break;

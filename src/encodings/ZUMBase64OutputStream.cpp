@@ -53,6 +53,7 @@ void ZUMBase64OutputStream::write(char const* bytes, int count, int bFlush)
 {
     RVK_ASSERT(bytes || bFlush);
     RVK_ASSERT(count >= 0);
+    RVK_ASSERT(bytes || count == 0);
     if (!p_downstream) {
         RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMBase64OutputStream::write");
     }

@@ -129,6 +129,7 @@ TEST(Base64InputStream, WrapAndUnwrap)
     expectIllegalState([&] { in.read(); }, "ZUMBase64InputStream::read");
     ZUMMemoryInputStream second("YmFy", 4);
     in.wrap(second);
+    expectAssert([&] { in.read(static_cast<char*>(nullptr), 4); }, "RVK_ASSERT(buf);");
     EXPECT_EQ(readAll(in, 4), "bar");
     EXPECT_FALSE(in.canUnread());
     EXPECT_THROW(in.unread("x", 1), char const*);

@@ -174,6 +174,7 @@ TEST(Base64OutputStream, Misuse)
     ZUMBase64OutputStream out(down);
     expectAssert([&] { out.write("abc", -1); }, "RVK_ASSERT(count >= 0);");
     expectAssert([&] { out.write(nullptr, 0); }, "RVK_ASSERT(bytes || bFlush);");
+    expectAssert([&] { out.write(nullptr, 2, 1); }, "RVK_ASSERT(bytes || count == 0);");
     expectAssert([&] { out.wrap(down); }, "RVK_ASSERT(!p_downstream);");
     down.throw_text_on_write = "broken pipe";
     expectConvertedText([&] { out.write("abc", 3); }, "ZUMBase64OutputStream::flush", "broken pipe");
