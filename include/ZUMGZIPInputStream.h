@@ -45,7 +45,10 @@ struct z_stream_s;
 //   0x91fdd700 followed by the text, for a text exception from the upstream
 //              (code errno).
 // A header that fails its checks leaves the stream awaiting a new header from
-// the input that follows. Exceptions of the upstream pass unchanged.
+// the input that follows. Exceptions of the upstream pass unchanged; such an
+// exception ends the read in which it happens, the stream can be read again,
+// and bytes that the read had already decoded are not delivered (the CRC-32
+// check then reports the member as damaged).
 //
 // Choices of this class:
 // - A member whose input ends inside the deflate data: the read that finds
