@@ -79,6 +79,20 @@ inline std::string mixedData(std::size_t n, std::uint32_t seed = 1)
     return out;
 }
 
+// `n` pseudo-random bytes, which deflate cannot compress.
+inline std::string noiseData(std::size_t n, std::uint32_t seed = 1)
+{
+    std::string out(n, '\0');
+    std::uint32_t x = seed * 2654435761u + 7;
+    for (auto& c : out) {
+        x ^= x << 13;
+        x ^= x >> 17;
+        x ^= x << 5;
+        c = static_cast<char>(x >> 24);
+    }
+    return out;
+}
+
 // Reads `stream` to -1 in block reads of `chunk` bytes (at most `max_reads`
 // of them, so a stream that never ends fails the test instead of hanging).
 inline std::string readToEnd(ZUMInputStream& stream, int chunk = 4096, int max_reads = 1 << 20)
