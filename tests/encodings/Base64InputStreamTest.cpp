@@ -28,7 +28,7 @@ TEST(Base64InputStream, Rfc4648Vectors)
     };
     Case const cases[] = {{"", ""},         {"Zg==", "f"},         {"Zm8=", "fo"},
                           {"Zm9v", "foo"},  {"Zm9vYg==", "foob"},  {"Zm9vYmE=", "fooba"},
-                          {"Zm9vYmFy", "foobar"}};
+                          {"Zm9vYmFy", "foobar"}, {"Zm9vYm", "foo"} /* truncated group dropped */};
     for (auto const& c : cases) {
         for (int count : {1, 2, 3, 64}) {
             ZUMMemoryInputStream text(c.text, static_cast<int>(std::strlen(c.text)));
@@ -71,14 +71,6 @@ TEST(Base64InputStream, SingleByteAndByteBufferReads)
     EXPECT_EQ(in.read(buffer, 4), -1);
     EXPECT_EQ(std::string(buffer.str(), buffer.pcount()), "xfoobar");
     EXPECT_EQ(in.read(), -1);
-}
-
-TEST(Base64InputStream, TruncatedLastGroupIsDropped)
-{
-    ZUMMemoryInputStream text("Zm9vYm", 6);
-    ZUMBase64InputStream in;
-    in.wrap(text);
-    EXPECT_EQ(readAll(in, 64), "foo");
 }
 
 TEST(Base64InputStream, ShortUpstreamReadsLoseNoText)

@@ -37,7 +37,6 @@ TEST(BufferedOutputStream, DownstreamSeesOnlyBufferSizedWritesUntilFlush)
         {{1, 1, 1, 1}, {4}, 0},
         {{4}, {4}, 0},
         {{9}, {4, 4}, 1},
-        {{8}, {4, 4}, 0},
         {{3, 10}, {4, 4, 4}, 1},
         {{2, 6}, {4, 4}, 0},
         {{0, 5, 0}, {4}, 1},
