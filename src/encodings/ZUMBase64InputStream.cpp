@@ -1,0 +1,132 @@
+#include "ZUMBase64InputStream.h"
+
+#include <cstring>
+
+#include "RVKBase64.h"
+#include "RVKIllegalStateError.h"
+#include "RVKMacros.h"
+#include "ZUMRaise.h"
+
+namespace {
+
+// Reads of nothing in a row that a group waits for before it gives up.
+int const k_max_empty_reads = 1000;
+
+}  // namespace
+
+ZUMBase64InputStream::ZUMBase64InputStream() : m_decoded_len(0), m_decoded()
+{
+}
+
+ZUMBase64InputStream::~ZUMBase64InputStream()
+{
+    if (p_upstream) {
+        try {
+            unWrap();
+        } catch (...) {
+        }
+    }
+}
+
+bool ZUMBase64InputStream::fetchGroup()
+{
+    char text[5];
+    int have = p_upstream->read(text, 4);
+    if (have < 1) {
+        return false;
+    }
+    int empty_reads = 0;
+    while (have < 4) {
+        int n = p_upstream->read(text + have, 4 - have);
+        if (n < 0) {
+            return false;
+        }
+        if (n == 0) {
+            if (++empty_reads >= k_max_empty_reads) {
+                return false;
+            }
+            continue;
+        }
+        empty_reads = 0;
+        have += n;
+    }
+    text[4] = '\0';
+    unsigned decoded = 0;
+    int sta = RVKBase64Decode(text, m_decoded, &decoded);
+    RVK_ASSERT(sta == 0);
+    m_decoded_len = decoded;
+    return m_decoded_len > 0;
+}
+
+int ZUMBase64InputStream::readDecoded(char* buf, int count)
+{
+    if (!p_upstream) {
+        RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMBase64InputStream::read");
+    }
+    int total = 0;
+    if (count <= 0) {
+        return 0;
+    }
+    RVK_ASSERT(buf);
+    while (total < count) {
+        if (m_decoded_len == 0 && !fetchGroup()) {
+            break;
+        }
+        std::uint32_t room = static_cast<std::uint32_t>(count - total);
+        if (room >= m_decoded_len) {
+            std::memcpy(buf + total, m_decoded, m_decoded_len);
+            total += static_cast<int>(m_decoded_len);
+            m_decoded_len = 0;
+        } else {
+            std::memcpy(buf + total, m_decoded, room);
+            total += static_cast<int>(room);
+            std::memmove(m_decoded, m_decoded + room, m_decoded_len - room);
+            m_decoded_len -= room;
+        }
+    }
+    return total > 0 ? total : -1;
+}
+
+int ZUMBase64InputStream::read(char* buf, int count)
+{
+    int result = 0;
+    ZUM_CONVERT_TEXT("ZUMBase64InputStream::read", result = readDecoded(buf, count));
+    return result;
+}
+
+int ZUMBase64InputStream::read(RVKByteBuffer& buf, int count)
+{
+    unsigned old_length = static_cast<unsigned>(buf.pcount());
+    if (count > 0) {
+        buf.reserve(old_length + static_cast<unsigned>(count));
+    }
+    int r = read(buf.str() + old_length, count);
+    if (r > 0) {
+        buf.setLength(old_length + static_cast<unsigned>(r));
+        return r;
+    }
+    return -1;
+}
+
+int ZUMBase64InputStream::read()
+{
+    char byte;
+    if (read(&byte, 1) == 1) {
+        return static_cast<unsigned char>(byte);
+    }
+    return -1;
+}
+
+RVK_bool ZUMBase64InputStream::canUnread()
+{
+    return 0;
+}
+
+void ZUMBase64InputStream::unWrap()
+{
+    if (!p_upstream) {
+        RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMBase64InputStream::unWrap");
+    }
+    m_decoded_len = 0;
+    p_upstream = nullptr;
+}

@@ -1,0 +1,297 @@
+#include "ZUMGZIPInputStream.h"
+
+#include <zlib.h>
+
+#include "RVKIllegalStateError.h"
+#include "RVKMacros.h"
+#include "RVKOutOfMemoryError.h"
+#include "RVKUnexpectedError.h"
+#include "ZUMRaise.h"
+
+namespace {
+
+char const k_read_method[] = "ZUMGZIPInputStream::read";
+char const k_unwrap_method[] = "void ZUMGZIPInputStream::unWrap()";
+
+// Size of the input buffer, and of every request to the upstream.
+int const k_inbuf_size = 16384;
+
+// Catalog messages of the failures of this stream.
+unsigned long const k_msg_truncated = 0x91f36c62UL;
+unsigned long const k_msg_not_gzip = 0xc1c209cfUL;
+unsigned long const k_msg_unsupported = 0xc1c58e80UL;
+unsigned long const k_msg_corrupt = 0x91f342d7UL;
+unsigned long const k_msg_crc = 0xc1c34d1fUL;
+unsigned long const k_msg_length = 0xc1c66a72UL;
+
+// Header flag bits (FLG).
+int const k_fhcrc = 0x02;
+int const k_fextra = 0x04;
+int const k_fname = 0x08;
+int const k_fcomment = 0x10;
+int const k_freserved = 0xE0;
+
+}  // namespace
+
+ZUMGZIPInputStream::ZUMGZIPInputStream()
+    : m_header_read(0), m_state(nullptr), m_inbuf(nullptr), m_crc(0), m_eof(0), m_err(0),
+      m_inflating(0)
+{
+}
+
+ZUMGZIPInputStream::ZUMGZIPInputStream(ZUMInputStream& in) : ZUMGZIPInputStream()
+{
+    ZUMFilterInputStream::wrap(in);
+}
+
+ZUMGZIPInputStream::~ZUMGZIPInputStream()
+{
+    if (m_state) {
+        if (m_inflating) {
+            inflateEnd(m_state);
+        }
+        delete m_state;
+    }
+    delete[] m_inbuf;
+}
+
+int ZUMGZIPInputStream::getByte()
+{
+    RVK_ASSERT(m_state);
+    if (m_eof) {
+        return -1;
+    }
+    if (m_state->avail_in == 0) {
+        refill();
+        if (m_eof) {
+            return -1;
+        }
+    }
+    --m_state->avail_in;
+    return *m_state->next_in++;
+}
+
+std::uint32_t ZUMGZIPInputStream::getUint32()
+{
+    std::uint32_t value = static_cast<std::uint32_t>(getByte());
+    value += static_cast<std::uint32_t>(getByte()) << 8;
+    value += static_cast<std::uint32_t>(getByte()) << 16;
+    value += static_cast<std::uint32_t>(getByte()) << 24;
+    return value;
+}
+
+void ZUMGZIPInputStream::refill()
+{
+    // avail_in stays 0 until the upstream has delivered, so a refill that
+    // throws leaves the stream readable again.
+    int n = p_upstream->read(m_inbuf, k_inbuf_size);
+    m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
+    if (n < 1) {
+        m_eof = 1;
+        m_state->avail_in = 0;
+    } else {
+        m_state->avail_in = static_cast<uInt>(n);
+    }
+}
+
+void ZUMGZIPInputStream::readHeader()
+{
+    if (!m_state) {
+        m_state = RVK_GUARDED_NEW(new z_stream());
+    }
+    if (!m_inbuf) {
+        m_inbuf = RVK_GUARDED_NEW(new char[k_inbuf_size]);
+    }
+    if (m_inflating) {
+        inflateEnd(m_state);
+        m_inflating = 0;
+    }
+    m_state->zalloc = Z_NULL;
+    m_state->zfree = Z_NULL;
+    m_state->opaque = Z_NULL;
+    m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
+    m_state->avail_in = 0;
+    m_state->next_out = Z_NULL;
+    m_state->avail_out = 0;
+    m_err = Z_OK;
+    m_eof = 0;
+    m_crc = static_cast<std::uint32_t>(crc32(0L, Z_NULL, 0));
+
+    m_err = inflateInit2_(m_state, -15, "1.2.3", static_cast<int>(sizeof(z_stream)));
+    if (m_err == Z_MEM_ERROR) {
+        RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_read_method);
+    }
+    if (m_err != Z_OK) {
+        RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_read_method);
+    }
+    m_inflating = 1;
+
+    // The whole header is consumed before any check runs.
+    int id1 = getByte();
+    int id2 = getByte();
+    int cm = getByte();
+    int flg = getByte();
+    for (int i = 0; i < 6; ++i) {  // MTIME, XFL, OS
+        getByte();
+    }
+    if (flg & k_fextra) {
+        int xlen = getByte();
+        xlen += getByte() * 256;
+        while (xlen > 0) {
+            --xlen;
+            if (getByte() == -1) {
+                break;
+            }
+        }
+    }
+    if (flg & k_fname) {
+        for (int c = getByte(); c != 0 && c != -1; c = getByte()) {
+        }
+    }
+    if (flg & k_fcomment) {
+        for (int c = getByte(); c != 0 && c != -1; c = getByte()) {
+        }
+    }
+    if (flg & k_fhcrc) {  // CRC16 of the header, not checked
+        getByte();
+        getByte();
+    }
+
+    if (m_eof) {
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+    }
+    if (id1 != 0x1F || id2 != 0x8B) {
+        m_err = Z_DATA_ERROR;
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_not_gzip);
+    }
+    if (cm != Z_DEFLATED || (flg & k_freserved)) {
+        m_err = Z_DATA_ERROR;
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_unsupported);
+    }
+    m_header_read = 1;
+}
+
+void ZUMGZIPInputStream::checkTrailer()
+{
+    std::uint32_t stored_crc = getUint32();
+    std::uint32_t stored_length = getUint32();
+    if (m_eof) {
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+    }
+    if (stored_crc != m_crc) {
+        m_err = Z_DATA_ERROR;
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_crc);
+    }
+    if (stored_length != static_cast<std::uint32_t>(m_state->total_out)) {
+        m_err = Z_DATA_ERROR;
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_length);
+    }
+}
+
+int ZUMGZIPInputStream::decode(char* buf, int count)
+{
+    if (!p_upstream) {
+        RVK_THROW(RVKIllegalStateError(0, nullptr), k_read_method);
+    }
+    if (!m_header_read) {
+        readHeader();
+    }
+    switch (m_err) {
+    case Z_OK:
+        break;
+    case Z_STREAM_END:
+        return -1;
+    case Z_DATA_ERROR:
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_corrupt);
+    case Z_BUF_ERROR:  // the input ended inside the deflate data
+        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+    case Z_MEM_ERROR:
+        RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_read_method);
+    default:
+        RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_read_method);
+    }
+
+    Bytef* out = reinterpret_cast<Bytef*>(buf);
+    m_state->next_out = out;
+    m_state->avail_out = static_cast<uInt>(count);
+    Bytef* crc_start = out;
+    // Ends: the caller's buffer is full, the member has ended, or inflate
+    // reported a failure. Once the input has ended inflate runs with no input
+    // until it stops making progress (Z_BUF_ERROR), so the loop is finite.
+    while (m_state->avail_out > 0 && m_err == Z_OK) {
+        if (m_state->avail_in == 0 && !m_eof) {
+            refill();
+        }
+        m_err = inflate(m_state, Z_NO_FLUSH);
+        if (m_err == Z_STREAM_END) {
+            m_crc = static_cast<std::uint32_t>(
+                crc32(m_crc, crc_start, static_cast<uInt>(m_state->next_out - crc_start)));
+            crc_start = m_state->next_out;
+            checkTrailer();
+        }
+    }
+    m_crc = static_cast<std::uint32_t>(
+        crc32(m_crc, crc_start, static_cast<uInt>(m_state->next_out - crc_start)));
+    return count - static_cast<int>(m_state->avail_out);
+}
+
+int ZUMGZIPInputStream::read(char* buf, int count)
+{
+    RVK_ASSERT(buf);
+    RVK_ASSERT(count >= 0);
+    int delivered = 0;
+    ZUM_CONVERT_TEXT(k_read_method, delivered = decode(buf, count));
+    return delivered;
+}
+
+int ZUMGZIPInputStream::read(RVKByteBuffer& buf, int count)
+{
+    RVK_ASSERT(count >= 0);
+    unsigned length = static_cast<unsigned>(buf.pcount());
+    buf.reserve(length + static_cast<unsigned>(count));
+    int n = read(buf.str() + length, count);
+    if (n > 0) {
+        buf.setLength(length + static_cast<unsigned>(n));
+        return n;
+    }
+    return -1;
+}
+
+int ZUMGZIPInputStream::read()
+{
+    unsigned char byte = 0;
+    if (read(reinterpret_cast<char*>(&byte), 1) == 1) {
+        return byte;
+    }
+    return -1;
+}
+
+RVK_bool ZUMGZIPInputStream::canUnread()
+{
+    return 0;
+}
+
+void ZUMGZIPInputStream::unWrap()
+{
+    if (!p_upstream) {
+        RVK_THROW(RVKIllegalStateError(0, nullptr), k_unwrap_method);
+    }
+    if (m_state) {
+        if (m_inbuf) {
+            if (m_state->avail_in > 0 && p_upstream->canUnread()) {
+                p_upstream->unread(reinterpret_cast<char const*>(m_state->next_in),
+                                   static_cast<int>(m_state->avail_in));
+            }
+            m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
+            m_state->avail_in = 0;
+        }
+        if (m_inflating) {
+            inflateEnd(m_state);
+            m_inflating = 0;
+        }
+    }
+    m_header_read = 0;
+    m_eof = 0;
+    m_err = 0;
+    p_upstream = nullptr;
+}

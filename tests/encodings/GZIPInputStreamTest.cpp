@@ -1,0 +1,443 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "GZIPTestSupport.h"
+#include "TestStreams.h"
+
+using namespace gziptest;
+
+namespace {
+
+unsigned long const kTruncated = 0x91f36c62UL;
+unsigned long const kNotGzip = 0xc1c209cfUL;
+unsigned long const kUnsupported = 0xc1c58e80UL;
+unsigned long const kCorrupt = 0x91f342d7UL;
+unsigned long const kCrc = 0xc1c34d1fUL;
+unsigned long const kLength = 0xc1c66a72UL;
+unsigned long const kText = 0x91fdd700UL;
+
+std::string bytes(std::initializer_list<int> values)
+{
+    std::string out;
+    for (int v : values) {
+        out += static_cast<char>(v);
+    }
+    return out;
+}
+
+// A member whose deflate data has a reserved block type: inflate fails at
+// once with a data error.
+std::string const kBadDeflateMember = bytes({0x1F, 0x8B, 8, 0, 0, 0, 0, 0, 0, 0xFF, 0x07, 0, 0});
+
+int readOnce(ZUMGZIPInputStream& gz, int count = 4096)
+{
+    std::string buf(static_cast<std::size_t>(count) + 1, '\0');
+    return gz.read(&buf[0], count);
+}
+
+}  // namespace
+
+// Members made by the gzip program and by Python's gzip and zlib modules
+// (every combination of FEXTRA, FNAME, FCOMMENT and FHCRC, a wrong header
+// CRC16 included) decode byte for byte, whole from memory and in 7-byte
+// upstream pieces that split the header and trailer across refills.
+TEST(GZIPInputStream, DecodesMembersOfOtherProducers)
+{
+    std::istringstream list(readFile(dataPath("fixtures.txt")));
+    std::string member_name, content_name;
+    int fixtures = 0;
+    while (list >> member_name >> content_name) {
+        SCOPED_TRACE(member_name);
+        std::string member = readFile(dataPath(member_name));
+        std::string content = readFile(dataPath(content_name));
+        ++fixtures;
+
+        ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+        ZUMGZIPInputStream whole(memory);
+        EXPECT_EQ(readToEnd(whole), content);
+
+        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, 7));
+        ZUMGZIPInputStream split(pieces);
+        EXPECT_EQ(readToEnd(split, 1000), content);
+        for (int asked : pieces.counts) {
+            EXPECT_EQ(asked, 16384);
+        }
+    }
+    EXPECT_GE(fixtures, 26);
+}
+
+TEST(GZIPInputStream, EmptyMemberGivesZeroThenEnd)
+{
+    std::string member = zlibMember("");
+    ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream gz(memory);
+    EXPECT_EQ(readOnce(gz), 0);
+    EXPECT_EQ(readOnce(gz), -1);
+    EXPECT_EQ(readOnce(gz), -1);
+    EXPECT_EQ(gz.read(), -1);
+}
+
+// A read of 0 bytes on a fresh stream reads and checks the header: a bad
+// header raises, a good one gives 0 (and -1 in the buffer form).
+TEST(GZIPInputStream, ZeroCountReadChecksHeader)
+{
+    std::string member = zlibMember("abc");
+    ScriptedInputStream up({ScriptStep::data(member)});
+    ZUMGZIPInputStream gz(up);
+    char c = 0;
+    EXPECT_EQ(gz.read(&c, 0), 0);
+    EXPECT_EQ(up.array_reads, 1);
+    RVKByteBuffer buf(16, 16);
+    EXPECT_EQ(gz.read(buf, 0), -1);
+    EXPECT_EQ(readToEnd(gz), "abc");
+
+    std::string bad = bytes({0x50, 0x4B, 3, 0, 0, 0, 0, 0, 0, 0}) + "zip, not gzip";
+    ZUMMemoryInputStream memory(bad.data(), static_cast<int>(bad.size()));
+    ZUMGZIPInputStream gz2(memory);
+    expectIO([&] { gz2.read(&c, 0); }, -3, kNotGzip);
+}
+
+TEST(GZIPInputStream, ReadFormsAgree)
+{
+    std::string content = bytes({0xFF, 0x00, 0xFF, 0x7F, 0x80});
+    std::string member = zlibMember(content);
+
+    ZUMMemoryInputStream m1(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream single(m1);
+    std::vector<int> got;
+    for (int b = single.read(); b != -1; b = single.read()) {
+        got.push_back(b);
+    }
+    EXPECT_EQ(got, (std::vector<int>{255, 0, 255, 127, 128}));
+
+    // The buffer form appends behind what the buffer holds.
+    ZUMMemoryInputStream m2(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream buffered(m2);
+    RVKByteBuffer buf(2, 2);
+    buf.appendChars("xy", 2);
+    int total = 0;
+    for (int n = buffered.read(buf, 2); n != -1; n = buffered.read(buf, 2)) {
+        EXPECT_GT(n, 0);
+        total += n;
+    }
+    EXPECT_EQ(total, 5);
+    EXPECT_EQ(std::string(buf.str(), static_cast<std::size_t>(buf.pcount())), "xy" + content);
+
+    // readFully fills exactly the count asked.
+    std::string long_content = mixedData(50000, 3);
+    std::string long_member = zlibMember(long_content);
+    ZUMMemoryInputStream m3(long_member.data(), static_cast<int>(long_member.size()));
+    ZUMGZIPInputStream full(m3);
+    std::string out(50000, '\0');
+    EXPECT_EQ(full.readFully(&out[0], 50000), 50000);
+    EXPECT_EQ(out, long_content);
+    EXPECT_EQ(full.read(), -1);
+}
+
+// Only the first of two members is decoded; unWrap hands back the read-ahead
+// beyond it starting with the second member's first byte, so the upstream
+// then delivers the whole second member, which a rewrapped stream decodes.
+TEST(GZIPInputStream, UnwrapHandsBackInputAfterMember)
+{
+    std::string first = zlibMember("first member");
+    std::string second = zlibMember(mixedData(30000, 9));
+    ScriptedInputStream up({ScriptStep::data(first + second)}, true);
+    ZUMGZIPInputStream gz(up);
+    EXPECT_EQ(readToEnd(gz), "first member");
+    EXPECT_EQ(readOnce(gz), -1);
+
+    gz.unWrap();
+    ASSERT_EQ(up.unreads.size(), 1u);
+    EXPECT_EQ(up.unreads[0], second.substr(0, up.unreads[0].size()));
+    EXPECT_EQ(up.unreads[0].size(), std::min<std::size_t>(second.size(), 16384 - first.size()));
+    EXPECT_THROW(readOnce(gz), RVKIllegalStateError);
+
+    gz.wrap(up);
+    EXPECT_EQ(readToEnd(gz), mixedData(30000, 9));
+}
+
+// Inside the member, what goes back is exactly the compressed input that
+// inflate has not consumed: the upstream then continues where it stood.
+TEST(GZIPInputStream, UnwrapInsideMemberHandsBackUnconsumedInput)
+{
+    std::string content = std::string(100000, 'a');
+    std::string member = zlibMember(content) + "TAIL";
+    ScriptedInputStream up({ScriptStep::data(member)}, true);
+    ZUMGZIPInputStream gz(up);
+    EXPECT_EQ(readOnce(gz, 10), 10);
+    gz.unWrap();
+    ASSERT_EQ(up.unreads.size(), 1u);
+    std::string back = up.unreads[0];
+    ASSERT_FALSE(back.empty());
+    EXPECT_EQ(back, member.substr(member.size() - back.size()));
+    EXPECT_EQ(readToEnd(up), back);
+}
+
+TEST(GZIPInputStream, UnwrapEdgeCases)
+{
+    // Before any read: no upstream call, nothing handed back.
+    ScriptedInputStream fresh({ScriptStep::data(zlibMember("x"))}, true);
+    ZUMGZIPInputStream gz(fresh);
+    gz.unWrap();
+    EXPECT_TRUE(fresh.counts.empty());
+    EXPECT_TRUE(fresh.unreads.empty());
+    EXPECT_EQ(gz.getUpstream(), nullptr);
+
+    // Over an upstream that cannot unread: the read-ahead is dropped.
+    std::string two = zlibMember("one") + zlibMember("two");
+    ScriptedInputStream plain({ScriptStep::data(two)}, false);
+    gz.wrap(plain);
+    EXPECT_EQ(readToEnd(gz), "one");
+    gz.unWrap();
+    EXPECT_TRUE(plain.unreads.empty());
+    EXPECT_EQ(readToEnd(plain), "");
+
+    // An exception of the upstream's unread passes and leaves the stream
+    // wrapped.
+    struct FailingUnread : ScriptedInputStream {
+        using ScriptedInputStream::ScriptedInputStream;
+        RVK_bool canUnread() override { return 1; }
+        void unread(char const*, int) override { throw "no room"; }
+    } failing({ScriptStep::data(two)});
+    ZUMGZIPInputStream gz2(failing);
+    EXPECT_EQ(readToEnd(gz2), "one");
+    EXPECT_THROW(gz2.unWrap(), char const*);
+    EXPECT_EQ(gz2.getUpstream(), &failing);
+}
+
+// Both the end of the upstream as -1 and as a read of 0 bytes end the input.
+TEST(GZIPInputStream, TruncatedHeaderRaisesTruncation)
+{
+    std::string member = zlibMember("hello");
+    for (bool zero_end : {false, true}) {
+        SCOPED_TRACE(zero_end);
+        std::vector<ScriptStep> script = {ScriptStep::data(member.substr(0, 6))};
+        script.push_back(zero_end ? ScriptStep::zero() : ScriptStep::end());
+        ScriptedInputStream up(script);
+        ZUMGZIPInputStream gz(up);
+        expectIO([&] { readOnce(gz); }, 0, kTruncated);
+        // Still awaiting a header: the next read tries the upstream again.
+        expectIO([&] { readOnce(gz); }, 0, kTruncated);
+    }
+
+    // Five bytes of plain text end inside what would be the header: the
+    // truncation is reported, not the format.
+    ZUMMemoryInputStream text("hello", 5);
+    ZUMGZIPInputStream gz(text);
+    expectIO([&] { readOnce(gz); }, 0, kTruncated);
+}
+
+// Input that is not gzip is parsed as a header before it is checked: a
+// fourth byte 'l' (0x6C) sets FEXTRA and FNAME, so an extra field and a name
+// are skipped first.
+TEST(GZIPInputStream, PlainTextIsParsedAsHeaderFirst)
+{
+    std::string no_zero = "Hello world, this text has no zero byte in it at all";
+    ZUMMemoryInputStream m1(no_zero.data(), static_cast<int>(no_zero.size()));
+    ZUMGZIPInputStream gz1(m1);
+    expectIO([&] { readOnce(gz1); }, 0, kTruncated);
+
+    std::string with_zero = std::string("Hello worl") + bytes({2, 0}) + "xyname" + bytes({0}) +
+                            "and then some more text";
+    ZUMMemoryInputStream m2(with_zero.data(), static_cast<int>(with_zero.size()));
+    ZUMGZIPInputStream gz2(m2);
+    expectIO([&] { readOnce(gz2); }, -3, kNotGzip);
+}
+
+TEST(GZIPInputStream, HeaderChecks)
+{
+    struct Case {
+        std::string header;
+        unsigned long message;
+    };
+    std::vector<Case> const cases = {
+        {bytes({0x1F, 0x8C, 8, 0, 0, 0, 0, 0, 0, 0}), kNotGzip},
+        {bytes({0x1E, 0x8B, 8, 0, 0, 0, 0, 0, 0, 0}), kNotGzip},
+        {bytes({0x1F, 0x8B, 8, 0x20, 0, 0, 0, 0, 0, 0}), kUnsupported},
+        {bytes({0x1F, 0x8B, 8, 0x80, 0, 0, 0, 0, 0, 0}), kUnsupported},
+        {bytes({0x1F, 0x8B, 7, 0, 0, 0, 0, 0, 0, 0}), kUnsupported},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.header));
+        // The failed header is followed, in a later upstream read, by a good
+        // member: the next read starts a new header there.
+        ScriptedInputStream up({ScriptStep::data(c.header + "junk"), ScriptStep::data(zlibMember("ok"))});
+        ZUMGZIPInputStream gz(up);
+        expectIO([&] { readOnce(gz); }, -3, c.message);
+        EXPECT_EQ(readToEnd(gz), "ok");
+    }
+}
+
+TEST(GZIPInputStream, TrailerChecks)
+{
+    std::string content = mixedData(20000, 5);
+    std::string member = zlibMember(content);
+    std::size_t crc_at = member.size() - 8;
+
+    std::string bad_crc = member;
+    bad_crc[crc_at] = static_cast<char>(bad_crc[crc_at] ^ 1);
+    std::string bad_length = member;
+    bad_length[crc_at + 4] = static_cast<char>(bad_length[crc_at + 4] ^ 1);
+
+    for (auto const& [input, message] :
+         std::vector<std::pair<std::string, unsigned long>>{{bad_crc, kCrc}, {bad_length, kLength}}) {
+        SCOPED_TRACE(testing::Message() << std::hex << message);
+        ZUMMemoryInputStream memory(input.data(), static_cast<int>(input.size()));
+        ZUMGZIPInputStream gz(memory);
+        // The read that reaches the end raises after writing the data into
+        // the caller's buffer.
+        std::string out(30000, '\0');
+        expectIO([&] { gz.read(&out[0], 30000); }, -3, message);
+        EXPECT_EQ(out.substr(0, content.size()), content);
+        expectIO([&] { readOnce(gz); }, -3, kCorrupt);
+        expectIO([&] { gz.read(); }, -3, kCorrupt);
+    }
+
+    // A trailer cut short: raised once with code 1, then the member has ended.
+    std::string cut = member.substr(0, member.size() - 3);
+    ZUMMemoryInputStream memory(cut.data(), static_cast<int>(cut.size()));
+    ZUMGZIPInputStream gz(memory);
+    std::string out(30000, '\0');
+    expectIO([&] { gz.read(&out[0], 30000); }, 1, kTruncated);
+    EXPECT_EQ(readOnce(gz), -1);
+}
+
+TEST(GZIPInputStream, CorruptDeflateDataFailsOnNextRead)
+{
+    ZUMMemoryInputStream memory(kBadDeflateMember.data(), static_cast<int>(kBadDeflateMember.size()));
+    ZUMGZIPInputStream gz(memory);
+    EXPECT_EQ(readOnce(gz), 0);
+    expectIO([&] { readOnce(gz); }, -3, kCorrupt);
+    expectIO([&] { readOnce(gz); }, -3, kCorrupt);
+}
+
+// A member whose input ends inside the deflate data ends in a finite number
+// of reads: readFully stops with the truncation failure (code -5), and so
+// does every later read. The bytes decoded before the end are delivered.
+TEST(GZIPInputStream, TruncatedDeflateDataEnds)
+{
+    std::string content = mixedData(60000, 7);
+    std::string member = zlibMember(content);
+    for (std::size_t keep : {std::size_t(11), member.size() / 3, member.size() - 9}) {
+        for (bool zero_end : {false, true}) {
+            SCOPED_TRACE(testing::Message() << keep << " " << zero_end);
+            std::vector<ScriptStep> script = ScriptedInputStream::pieces(member.substr(0, keep), 5000);
+            script.push_back(zero_end ? ScriptStep::zero() : ScriptStep::end());
+            ScriptedInputStream up(script);
+            ZUMGZIPInputStream gz(up);
+            // Asked for one byte more than the whole content.
+            std::string out(content.size() + 1, '\0');
+            expectIO([&] { gz.readFully(&out[0], static_cast<int>(out.size())); }, -5, kTruncated);
+            expectIO([&] { readOnce(gz); }, -5, kTruncated);
+        }
+    }
+
+    // Read in small steps, every byte delivered is right.
+    std::string cut = member.substr(0, member.size() / 2);
+    ZUMMemoryInputStream memory(cut.data(), static_cast<int>(cut.size()));
+    ZUMGZIPInputStream gz(memory);
+    std::string got;
+    char buf[100];
+    try {
+        for (int i = 0; i < 100000; ++i) {
+            int n = gz.read(buf, 100);
+            ASSERT_GE(n, 0);
+            got.append(buf, static_cast<std::size_t>(n));
+        }
+        FAIL() << "no end";
+    } catch (ZUMIOException const& e) {
+        EXPECT_EQ(messageNumber(e, 0), kTruncated);
+    }
+    EXPECT_GT(got.size(), 0u);
+    EXPECT_EQ(got, content.substr(0, got.size()));
+}
+
+TEST(GZIPInputStream, MisuseAndUpstreamFailures)
+{
+    ZUMGZIPInputStream unwrapped;
+    char c;
+    try {
+        unwrapped.read(&c, 1);
+        FAIL();
+    } catch (RVKIllegalStateError const& e) {
+        ASSERT_EQ(e.getBackTraceSize(), 1u);
+        EXPECT_STREQ(e.getBackTraceEntry(0).method, "ZUMGZIPInputStream::read");
+    }
+    try {
+        unwrapped.unWrap();
+        FAIL();
+    } catch (RVKIllegalStateError const& e) {
+        EXPECT_STREQ(e.getBackTraceEntry(0).method, "void ZUMGZIPInputStream::unWrap()");
+    }
+    EXPECT_EQ(unwrapped.canUnread(), 0);
+    EXPECT_THROW(unwrapped.unread("x", 1), char const*);
+
+    std::string member = zlibMember("data");
+    ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream gz(memory);
+    try {
+        gz.read(nullptr, 1);
+        FAIL();
+    } catch (RVKAssertError const& e) {
+        EXPECT_STREQ(e.getText(), "RVK_ASSERT(buf);");
+    }
+    EXPECT_THROW(gz.read(&c, -1), RVKAssertError);
+    try {
+        gz.getByte();
+        FAIL();
+    } catch (RVKAssertError const& e) {
+        EXPECT_STREQ(e.getText(), "RVK_ASSERT(m_state);");
+    }
+    EXPECT_EQ(readToEnd(gz), "data");
+
+    // A text exception of the upstream becomes a ZUMIOException carrying
+    // errno, the text message and the text; an I/O exception passes
+    // unchanged. Either way the stream can be read again afterwards.
+    ScriptedInputStream up({ScriptStep::throwText("line broken"), ScriptStep::throwIO(),
+                            ScriptStep::data(member.substr(0, 10)), ScriptStep::throwText("again"),
+                            ScriptStep::data(member.substr(10))});
+    ZUMGZIPInputStream flaky(up);
+    errno = 42;
+    ZUMIOException converted = expectIO([&] { readOnce(flaky); }, 42, kText);
+    ASSERT_EQ(converted.getMessageCount(), 2u);
+    EXPECT_EQ(messageText(converted, 1), "line broken");
+    EXPECT_STREQ(converted.getBackTraceEntry(0).method, "ZUMGZIPInputStream::read");
+    try {
+        readOnce(flaky);
+        FAIL();
+    } catch (ZUMIOException const& e) {
+        EXPECT_EQ(e.getCode(), 5);
+        EXPECT_EQ(e.getBackTraceSize(), 1u);
+    }
+    errno = 7;
+    expectIO([&] { readOnce(flaky); }, 7, kText);
+    EXPECT_EQ(readToEnd(flaky), "data");
+}
+
+// The zlib record and input buffer survive unWrap: the same object decodes
+// member after member from new upstreams.
+TEST(GZIPInputStream, RewrapDecodesNewMember)
+{
+    ZUMGZIPInputStream gz;
+    for (int i = 0; i < 3; ++i) {
+        std::string content = mixedData(10000 + i, static_cast<std::uint32_t>(i));
+        std::string member = zlibMember(content);
+        ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+        gz.wrap(memory);
+        EXPECT_EQ(readToEnd(gz, 777), content);
+        gz.unWrap();
+    }
+    // Also in the middle of a member.
+    std::string member = zlibMember(mixedData(50000, 1));
+    ZUMMemoryInputStream first(member.data(), static_cast<int>(member.size()));
+    gz.wrap(first);
+    EXPECT_EQ(readOnce(gz, 100), 100);
+    gz.unWrap();
+    std::string other = zlibMember("fresh");
+    ZUMMemoryInputStream second(other.data(), static_cast<int>(other.size()));
+    gz.wrap(second);
+    EXPECT_EQ(readToEnd(gz), "fresh");
+}
