@@ -249,7 +249,13 @@ int ZUMGZIPInputStream::read(RVKByteBuffer& buf, int count)
     RVK_ASSERT(count >= 0);
     unsigned length = static_cast<unsigned>(buf.pcount());
     buf.reserve(length + static_cast<unsigned>(count));
-    int n = read(buf.str() + length, count);
+    int n = 0;
+    try {
+        n = read(buf.str() + length, count);
+    } catch (...) {
+        buf.setLength(length);  // bytes decoded before the failure are not delivered
+        throw;
+    }
     if (n > 0) {
         buf.setLength(length + static_cast<unsigned>(n));
         return n;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "AllocationCounter.h"
 #include "GZIPTestSupport.h"
 #include "TestStreams.h"
 
@@ -296,6 +297,16 @@ TEST(GZIPInputStream, TrailerChecks)
         expectIO([&] { gz.read(); }, -3, kCorrupt);
     }
 
+    // The buffer form delivers nothing from the failing read and keeps the
+    // buffer as it was.
+    ZUMMemoryInputStream again(bad_crc.data(), static_cast<int>(bad_crc.size()));
+    ZUMGZIPInputStream gz_buffer(again);
+    RVKByteBuffer buf(0, 16);
+    buf.appendChars("ab", 2);
+    expectIO([&] { gz_buffer.read(buf, 30000); }, -3, kCrc);
+    EXPECT_EQ(buf.pcount(), 2);
+    EXPECT_STREQ(buf.str(), "ab");
+
     // A trailer cut short: raised once with code 1, then the member has ended.
     std::string cut = member.substr(0, member.size() - 3);
     ZUMMemoryInputStream memory(cut.data(), static_cast<int>(cut.size()));
@@ -440,4 +451,31 @@ TEST(GZIPInputStream, RewrapDecodesNewMember)
     ZUMMemoryInputStream second(other.data(), static_cast<int>(other.size()));
     gz.wrap(second);
     EXPECT_EQ(readToEnd(gz), "fresh");
+}
+
+// After the first read has allocated the zlib record and the input buffer,
+// reads allocate nothing, also for the next member after unWrap and wrap.
+TEST(GZIPInputStream, SteadyStateReadsAllocateNothing)
+{
+    std::string content = mixedData(200000, 13);
+    std::string member = zlibMember(content);
+    ZUMMemoryInputStream first(member.data(), static_cast<int>(member.size()));
+    ZUMMemoryInputStream second(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream gz(first);
+    std::vector<char> out(content.size()), again(content.size());
+    ASSERT_EQ(gz.read(out.data(), 1), 1);
+    std::size_t before = allocationCount();
+    std::size_t done = 1;
+    for (int n; (n = gz.read(out.data() + done, 3000)) >= 0;) {
+        done += static_cast<std::size_t>(n);
+    }
+    gz.unWrap();
+    gz.wrap(second);
+    std::size_t done_again = 0;
+    for (int n; (n = gz.read(again.data() + done_again, 5000)) >= 0;) {
+        done_again += static_cast<std::size_t>(n);
+    }
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_TRUE(std::string(out.data(), done) == content);
+    EXPECT_TRUE(std::string(again.data(), done_again) == content);
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "AllocationCounter.h"
 #include "GZIPTestSupport.h"
 #include "TestStreams.h"
 
@@ -413,4 +414,26 @@ TEST(GZIPOutputStream, DestructorNeverThrows)
         gz.write("abc", 3);
     }
     EXPECT_EQ(down.writes.size(), 1u);
+}
+
+// After the first write has allocated the zlib record and the output
+// buffer, writes and finish() allocate nothing, also for later members.
+TEST(GZIPOutputStream, SteadyStateWritesAllocateNothing)
+{
+    struct CountingSink : ZUMOutputStream {
+        void write(char const*, int count) override { bytes += count; }
+        long bytes = 0;
+    } sink;
+    std::string content = mixedData(300000, 17);
+    ZUMGZIPOutputStream gz(sink);
+    gz.write(content.data(), 1);
+    std::size_t before = allocationCount();
+    for (std::size_t at = 1; at < content.size(); at += 1000) {
+        gz.write(content.data() + at, static_cast<int>(std::min<std::size_t>(1000, content.size() - at)));
+    }
+    gz.finish();
+    gz.write(content.data(), 50000);
+    gz.finish();
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_GT(sink.bytes, 0);
 }
