@@ -267,6 +267,14 @@ TEST(GZIPInputStream, TrailerChecks)
     std::string out(30000, '\0');
     expectIO([&] { gz.read(&out[0], 30000); }, 1, kTruncated);
     EXPECT_EQ(readOnce(gz), -1);
+
+    // An upstream failure inside the trailer leaves the member failed, not
+    // ended.
+    ScriptedInputStream up({ScriptStep::data(member.substr(0, member.size() - 5)),
+                            ScriptStep::throwText("reset"), ScriptStep::data(member.substr(member.size() - 5))});
+    ZUMGZIPInputStream broken(up);
+    EXPECT_THROW(readToEnd(broken), ZUMIOException);
+    expectIO([&] { readOnce(broken); }, -3, kCorrupt);
 }
 
 TEST(GZIPInputStream, CorruptDeflateDataFailsOnNextRead)
