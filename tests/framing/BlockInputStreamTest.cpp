@@ -60,20 +60,3 @@ TEST(BlockInputStream, UnWrapHandsReadAheadBackOnlyFromAnOwnedStream)
     EXPECT_EQ(lent.getUpstream(), &mem2);
     EXPECT_EQ(readAll(lent, 100), "3456789");
 }
-
-TEST(BlockInputStream, ReadsGoThroughTheVirtualReadFromBlock)
-{
-    struct Counting : ZUMBlockInputStream {
-        using ZUMBlockInputStream::ZUMBlockInputStream;
-        int readFromBlock(RVKByteBuffer& b, int n) override { return ++calls, ZUMBlockInputStream::readFromBlock(b, n); }
-        int readFromBlock(char* b, int n) override { return ++calls, ZUMBlockInputStream::readFromBlock(b, n); }
-        int calls = 0;
-    };
-    ZUMMemoryInputStream mem("abc", 3);
-    Counting block(mem, 4);
-    block.resetBlockSize(2);
-    char buf[2];
-    EXPECT_EQ(block.read(buf, 1), 1);
-    EXPECT_EQ(readAll(block, 10), "b");
-    EXPECT_EQ(block.calls, 2);
-}

@@ -140,9 +140,4 @@ TEST(ChunkedInputStream, FailuresBeneathPassAndKeepTheChunk)
     ASSERT_EQ(chunked.read(buf, 10), 2);
     EXPECT_THROW(chunked.read(buf, 10), ZUMIOException);
     EXPECT_EQ(readAll(chunked, 10), "cde");
-    try {
-        chunked.read(nullptr, 0);
-    } catch (RVKAssertError const&) {
-        ADD_FAILURE() << "no assertion is due at the end of the body";
-    }
 }
