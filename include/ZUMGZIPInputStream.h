@@ -48,7 +48,8 @@ struct z_stream_s;
 // the input that follows. Exceptions of the upstream pass unchanged; such an
 // exception ends the read in which it happens, the stream can be read again,
 // and bytes that the read had already decoded are not delivered (the CRC-32
-// check then reports the member as damaged).
+// check then reports the member as damaged). One that comes while the
+// trailer is being read leaves the member failed (0x91f342d7 from then on).
 //
 // Choices of this class:
 // - A member whose input ends inside the deflate data: the read that finds
@@ -94,8 +95,9 @@ public:
     // input. Raises RVKAssertError "RVK_ASSERT(m_state);" before the first
     // read.
     int getByte();
-    // The next four bytes of compressed input, little-endian. Bytes past the
-    // end of the input count as -1; callers test the end afterwards.
+    // The next four bytes of compressed input, little-endian. The value is
+    // meaningless when the input ends meanwhile; callers test for the end
+    // afterwards.
     std::uint32_t getUint32();
 
 private:

@@ -173,8 +173,12 @@ void ZUMGZIPInputStream::readHeader()
 
 void ZUMGZIPInputStream::checkTrailer()
 {
+    // Failed until the trailer has been read: an upstream exception in the
+    // middle of it must not leave the member looking ended.
+    m_err = Z_DATA_ERROR;
     std::uint32_t stored_crc = getUint32();
     std::uint32_t stored_length = getUint32();
+    m_err = Z_STREAM_END;
     if (m_eof) {
         ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
     }
@@ -249,7 +253,13 @@ int ZUMGZIPInputStream::read(RVKByteBuffer& buf, int count)
     RVK_ASSERT(count >= 0);
     unsigned length = static_cast<unsigned>(buf.pcount());
     buf.reserve(length + static_cast<unsigned>(count));
-    int n = read(buf.str() + length, count);
+    int n = 0;
+    try {
+        n = read(buf.str() + length, count);
+    } catch (...) {
+        buf.setLength(length);  // bytes decoded before the failure are not delivered
+        throw;
+    }
     if (n > 0) {
         buf.setLength(length + static_cast<unsigned>(n));
         return n;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "AllocationCounter.h"
 #include "GZIPTestSupport.h"
 #include "TestStreams.h"
 
@@ -180,22 +181,17 @@ TEST(GZIPOutputStream, SmallMembersExactBytes)
     EXPECT_EQ(member.substr(member.size() - 8), std::string("\xC2\x41\x24\x35\x03\x00\x00\x00", 8));
 }
 
-TEST(GZIPOutputStream, NothingWrittenWithoutWrite)
-{
-    RecordingOutputStream down;
-    {
-        ZUMGZIPOutputStream gz(down);
-        gz.flush();
-        gz.close();
-        gz.finish();
-    }
-    EXPECT_TRUE(down.writes.empty());
-    EXPECT_EQ(down.flushes, 0);
-    EXPECT_EQ(down.closes, 0);
-}
-
 TEST(GZIPOutputStream, FinishAndDestruction)
 {
+    // Without a write nothing at all reaches the downstream.
+    RecordingOutputStream untouched;
+    {
+        ZUMGZIPOutputStream gz(untouched);
+        gz.finish();
+    }
+    EXPECT_TRUE(untouched.writes.empty());
+    EXPECT_EQ(untouched.flushes, 0);
+
     std::string content = mixedData(5000, 2);
     RecordingOutputStream finished;
     {
@@ -294,32 +290,13 @@ TEST(GZIPOutputStream, Misuse)
     } catch (RVKAssertError const& e) {
         EXPECT_STREQ(e.getText(), "RVK_ASSERT(p_downstream);");
     }
-    try {
-        unwrapped.unWrap();
-        FAIL();
-    } catch (RVKAssertError const& e) {
-        EXPECT_STREQ(e.getText(), "RVK_ASSERT(p_downstream);");
-    }
     unwrapped.finish();
 
-    RecordingOutputStream down, other;
+    RecordingOutputStream down;
     ZUMGZIPOutputStream gz(down);
     EXPECT_THROW(gz.write("x", -1), RVKAssertError);
     EXPECT_THROW(gz.write(nullptr, 1), RVKAssertError);
     EXPECT_TRUE(down.writes.empty());
-    try {
-        gz.wrap(other);
-        FAIL();
-    } catch (RVKAssertError const& e) {
-        EXPECT_STREQ(e.getText(), "RVK_ASSERT(!p_downstream);");
-    }
-
-    // writeInt32 writes the low 32 bits, least significant byte first.
-    gz.writeInt32(0x1234567890UL & 0xFFFFFFFFUL);
-    gz.writeInt32(0x01020304UL);
-    ASSERT_EQ(down.writes.size(), 2u);
-    EXPECT_EQ(down.writes[0], std::string("\x90\x78\x56\x34", 4));
-    EXPECT_EQ(down.writes[1], std::string("\x04\x03\x02\x01", 4));
 }
 
 // A text exception of the downstream, wherever it is thrown, becomes a
@@ -393,7 +370,7 @@ TEST(GZIPOutputStream, DownstreamTextExceptions)
 
 // After the header write failed the member is not open; the next write opens
 // it again from the start and the result is a whole member.
-TEST(GZIPOutputStream, HeaderWriteFailureCanBeRetried)
+TEST(GZIPOutputStream, FailuresOfTheDownstreamLeaveAUsableStream)
 {
     ThrowingOutputStream down(1, "busy");
     ZUMGZIPOutputStream gz(down);
@@ -402,15 +379,13 @@ TEST(GZIPOutputStream, HeaderWriteFailureCanBeRetried)
     gz.write("abc", 3);
     gz.finish();
     EXPECT_EQ(decodeWithOurReader(down.all()), "abc");
-}
 
-// A destructor that finishes into a failing downstream swallows the failure.
-TEST(GZIPOutputStream, DestructorNeverThrows)
-{
-    ThrowingOutputStream down(2, "gone");
+    // A destructor that finishes into a failing downstream swallows the
+    // failure.
+    ThrowingOutputStream failing(2, "gone");
     {
-        ZUMGZIPOutputStream gz(down);
-        gz.write("abc", 3);
+        ZUMGZIPOutputStream open(failing);
+        open.write("abc", 3);
     }
-    EXPECT_EQ(down.writes.size(), 1u);
+    EXPECT_EQ(failing.writes.size(), 1u);
 }
