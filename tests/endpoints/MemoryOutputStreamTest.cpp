@@ -1,0 +1,65 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TestStreams.h"
+
+namespace {
+
+std::string content(ZUMMemoryOutputStream const& out)
+{
+    return std::string(out.bytes(), static_cast<std::size_t>(out.length()));
+}
+
+}  // namespace
+
+TEST(ZUMMemoryOutputStream, CollectsWritesInOrder)
+{
+    for (int initial : {0, 1, 1024}) {
+        ZUMMemoryOutputStream out(initial, 1);
+        EXPECT_EQ(out.length(), 0);
+        out.write("abc", 3);
+        out.write("de", 2);
+        out.write("ignored", 0);
+        out.write(nullptr, 0);
+        EXPECT_EQ(content(out), "abcde");
+    }
+    ZUMMemoryOutputStream big;
+    std::string expected;
+    for (int i = 0; i < 3000; ++i) {
+        char byte = static_cast<char>(i * 31);
+        big.write(&byte, 1);
+        expected += byte;
+    }
+    EXPECT_EQ(content(big), expected);
+}
+
+TEST(ZUMMemoryOutputStream, ResetStartsAgainAndFlushCloseChangeNothing)
+{
+    ZUMMemoryOutputStream out;
+    out.write("abc", 3);
+    out.flush();
+    out.close();
+    out.flush();
+    EXPECT_EQ(content(out), "abc");
+    out.write("d", 1);
+    EXPECT_EQ(content(out), "abcd");
+    out.reset();
+    EXPECT_EQ(out.length(), 0);
+    out.write("x", 1);
+    EXPECT_EQ(content(out), "x");
+}
+
+TEST(ZUMMemoryOutputStream, RejectsNegativeCountsAndNullBytes)
+{
+    ZUMMemoryOutputStream out;
+    out.write("ab", 2);
+    try {
+        out.write("ab", -1);
+        ADD_FAILURE() << "no raise";
+    } catch (RVKAssertError const& e) {
+        EXPECT_STREQ(e.getText(), "RVK_ASSERT(count >= 0);");
+    }
+    EXPECT_THROW(out.write(nullptr, 3), RVKAssertError);
+    EXPECT_EQ(content(out), "ab");
+}
