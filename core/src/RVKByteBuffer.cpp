@@ -132,7 +132,16 @@ void RVKByteBuffer::setLength(unsigned n)
 {
     if (n > m_capacity) {
         unsigned old = m_capacity;
-        grow(n);
+        // grow() copies the bytes up to the length: make it keep the whole
+        // room, which the caller may have written behind the content.
+        unsigned const length = m_length;
+        m_length = old;
+        try {
+            grow(n);
+        } catch (...) {
+            m_length = length;
+            throw;
+        }
         std::memset(m_data + old, 0, n - old);
     }
     if (n == 0 && m_capacity == 0) {

@@ -178,4 +178,31 @@ public:
     char const* throw_text_on_write = nullptr;
 };
 
+// Runs `call` and returns the method text of the first back-trace entry of
+// the Error it raises: "<null>" for a null method text, "<no raise>" when it
+// returns normally. Exceptions of other classes pass to the caller.
+template <class Error, class Call>
+std::string raisedMethod(Call call)
+{
+    try {
+        call();
+    } catch (Error const& e) {
+        char const* method = e.getBackTraceSize() ? e.getBackTraceEntry(0).method : "<no entry>";
+        return method ? method : "<null>";
+    }
+    return "<no raise>";
+}
+
+// As raisedMethod, for the text of the Error ("<null>" for none).
+template <class Error, class Call>
+std::string raisedText(Call call)
+{
+    try {
+        call();
+    } catch (Error const& e) {
+        return e.getText() ? e.getText() : "<null>";
+    }
+    return "<no raise>";
+}
+
 #endif
