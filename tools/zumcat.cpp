@@ -179,12 +179,17 @@ public:
 
     int read(char* buf, int count) override
     {
-        // Reads until at least one byte survives or the upstream ends.
-        for (int empty = 0; empty < 1000; ++empty) {
+        if (count <= 0) {
+            return 0;
+        }
+        // Reads until at least one byte survives or the upstream ends; an
+        // upstream that keeps delivering nothing counts as ended.
+        for (int empty = 0; empty < 1000;) {
             int n = p_upstream->read(buf, count);
-            if (n <= 0) {
-                return n < 0 ? -1 : (empty == 999 ? -1 : (count <= 0 ? 0 : n));
+            if (n < 0) {
+                return -1;
             }
+            empty = n == 0 ? empty + 1 : 0;
             int kept = 0;
             for (int i = 0; i < n; ++i) {
                 if (buf[i] != '\r' && buf[i] != '\n') {
@@ -497,9 +502,8 @@ void run(Options const& o)
     } else if (name == "unbase64") {
         ZUMBufferedInputStream bis(src, k_io_size);
         LineBreakDroppingInputStream text(bis);
-        ZUMBufferedInputStream groups(text, k_io_size);
-        ZUMBase64InputStream b64;
-        b64.wrap(groups);
+        ZUMBase64InputStream b64;  // completes groups that arrive in pieces
+        b64.wrap(text);
         copy(b64, out, buf);
         b64.unWrap();
     } else if (name == "xml-escape") {
