@@ -2,6 +2,7 @@
 // Poco's Base64Encoder and Base64Decoder.
 
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "BenchSupport.h"
@@ -16,8 +17,10 @@
 
 namespace {
 
-// Long inputs for the codec: a multiple of 3 near 1 MiB.
+// Long inputs for the codec: a multiple of 3 near 1 MiB, coded 16 times a
+// pass.
 std::size_t const kCodecBytes = 3u * 349525u;
+int const kCodecRounds = 16;
 // Stream payloads.
 std::size_t const kStreamBytes = 8u << 20;
 
@@ -35,149 +38,147 @@ std::string const& encodedRandom(std::size_t size)
     return it->second;
 }
 
-// Measured over the bytes read: raw bytes in.
-void coreEncode(benchmark::State& state)
+}  // namespace
+
+// Counted in the bytes read: raw bytes in.
+Pass base64CoreEncode()
 {
-    std::string const& bytes = randomBytes(kCodecBytes);
-    std::vector<char> out(RVKBase64EncodedSize(static_cast<unsigned>(bytes.size()), 0));
-    for (auto _ : state) {
-        unsigned n = RVKBase64Encode(bytes.data(), static_cast<unsigned>(bytes.size()), out.data(), 0);
-        benchmark::DoNotOptimize(n);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes.size()));
+    std::string const* bytes = &randomBytes(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(
+        RVKBase64EncodedSize(static_cast<unsigned>(bytes->size()), 0));
+    return [bytes, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = RVKBase64Encode(bytes->data(), static_cast<unsigned>(bytes->size()),
+                                         out->data(), 0);
+            benchmark::DoNotOptimize(n);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(bytes->size()) * kCodecRounds;
+    };
 }
 
-// Measured over the bytes read: Base64 text in.
-void coreDecodeN(benchmark::State& state)
+// Counted in the bytes read: Base64 text in.
+Pass base64CoreDecodeN()
 {
-    std::string const& text = encodedRandom(kCodecBytes);
-    std::vector<char> out(text.size() / 4 * 3 + 3);
-    for (auto _ : state) {
-        unsigned n = 0;
-        int status = RVKBase64DecodeN(text.data(), static_cast<unsigned>(text.size()), out.data(), &n);
-        benchmark::DoNotOptimize(status);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+    std::string const* text = &encodedRandom(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(text->size() / 4 * 3);
+    return [text, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = 0;
+            int status = RVKBase64DecodeN(text->data(), static_cast<unsigned>(text->size()),
+                                          out->data(), &n);
+            benchmark::DoNotOptimize(status);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(text->size()) * kCodecRounds;
+    };
 }
 
 // The NUL-terminated form: a strlen pass in front of the decoding.
-void coreDecode(benchmark::State& state)
+Pass base64CoreDecode()
 {
-    std::string const& text = encodedRandom(kCodecBytes);
-    std::vector<char> out(text.size() / 4 * 3 + 3);
-    for (auto _ : state) {
-        unsigned n = 0;
-        int status = RVKBase64Decode(text.c_str(), out.data(), &n);
-        benchmark::DoNotOptimize(status);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+    std::string const* text = &encodedRandom(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(text->size() / 4 * 3);
+    return [text, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = 0;
+            int status = RVKBase64Decode(text->c_str(), out->data(), &n);
+            benchmark::DoNotOptimize(status);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(text->size()) * kCodecRounds;
+    };
 }
 
-// Base64 output stream -> memory, 16 KiB writes; measured over the raw bytes
+// Base64 output stream -> memory, 16 KiB writes; counted in the raw bytes
 // written.
-void outputStream(benchmark::State& state)
+Pass base64Output()
 {
-    std::string const& bytes = randomBytes(kStreamBytes);
-    ZUMMemoryOutputStream sink(static_cast<int>(bytes.size() / 3 * 4 + 64), kBlock);
-    SteadyAllocations allocs;
-    std::int64_t total = 0;
-    for (auto _ : state) {
-        sink.reset();
-        ZUMBase64OutputStream b64(sink);
-        b64.write(bytes.data(), kBlock);
+    std::string const* bytes = &randomBytes(kStreamBytes);
+    auto sink = std::make_shared<ZUMMemoryOutputStream>(
+        static_cast<int>(bytes->size() / 3 * 4 + 64), kBlock);
+    return [bytes, sink](SteadyAllocations& allocs) {
+        sink->reset();
+        ZUMBase64OutputStream b64(*sink);
+        b64.write(bytes->data(), kBlock);
         allocs.open();
         std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < bytes.size(); at += kBlock) {
-            b64.write(bytes.data() + at, kBlock);
+        for (std::size_t at = kBlock; at < bytes->size(); at += kBlock) {
+            b64.write(bytes->data() + at, kBlock);
             ++calls;
         }
         b64.flush();
         allocs.close(calls);
-        total += static_cast<std::int64_t>(bytes.size());
-    }
-    state.SetBytesProcessed(total);
-    allocs.report(state);
+        return static_cast<std::int64_t>(bytes->size());
+    };
 }
 
-// memory -> buffered (16 KiB) -> Base64 input stream, 16 KiB reads; measured
-// over the decoded bytes delivered.
-void inputStream(benchmark::State& state)
+// memory -> buffered (16 KiB) -> Base64 input stream, 16 KiB reads; counted in
+// the decoded bytes delivered.
+Pass base64Input()
 {
-    std::string const& text = encodedRandom(kStreamBytes);
-    std::vector<char> buf(kBlock);
-    SteadyAllocations allocs;
-    std::int64_t total = 0;
-    for (auto _ : state) {
-        ZUMMemoryInputStream raw(text.data(), static_cast<int>(text.size()));
+    std::string const* text = &encodedRandom(kStreamBytes);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(text->data(), static_cast<int>(text->size()));
         ZUMBufferedInputStream bis(raw, kBlock);
         ZUMBase64InputStream b64;
         b64.wrap(bis);
-        int n = b64.read(buf.data(), kBlock);
+        std::int64_t total = 0;
+        int n = b64.read(buf->data(), kBlock);
         allocs.open();
         std::uint64_t calls = 0;
         while (n != -1) {
             total += n;
-            n = b64.read(buf.data(), kBlock);
+            n = b64.read(buf->data(), kBlock);
             ++calls;
         }
         allocs.close(calls);
-    }
-    state.SetBytesProcessed(total);
-    allocs.report(state);
+        return total;
+    };
 }
 
 #ifdef ZUM_BENCH_POCO
-void pocoEncoder(benchmark::State& state)
+Pass base64PocoEncoder()
 {
-    std::string const& bytes = randomBytes(kStreamBytes);
-    std::vector<char> sink;
-    sink.reserve(bytes.size() / 3 * 4 + 64);
-    std::int64_t total = 0;
-    for (auto _ : state) {
-        sink.clear();
-        VectorSinkBuf buf(sink);
+    std::string const* bytes = &randomBytes(kStreamBytes);
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(bytes->size() / 3 * 4 + 64);
+    return [bytes, sink](SteadyAllocations&) {
+        sink->clear();
+        VectorSinkBuf buf(*sink);
         std::ostream os(&buf);
         Poco::Base64Encoder enc(os);
         enc.rdbuf()->setLineLength(0);  // no line breaks, as ours
-        for (std::size_t at = 0; at < bytes.size(); at += kBlock) {
-            enc.write(bytes.data() + at, kBlock);
+        for (std::size_t at = 0; at < bytes->size(); at += kBlock) {
+            enc.write(bytes->data() + at, kBlock);
         }
         enc.close();
-        total += static_cast<std::int64_t>(bytes.size());
-    }
-    state.SetBytesProcessed(total);
+        return static_cast<std::int64_t>(bytes->size());
+    };
 }
 
-void pocoDecoder(benchmark::State& state)
+Pass base64PocoDecoder()
 {
-    std::string const& text = encodedRandom(kStreamBytes);
-    std::vector<char> buf(kBlock);
-    std::int64_t total = 0;
-    for (auto _ : state) {
-        Poco::MemoryInputStream src(text.data(), static_cast<std::streamsize>(text.size()));
+    std::string const* text = &encodedRandom(kStreamBytes);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf](SteadyAllocations&) {
+        Poco::MemoryInputStream src(text->data(), static_cast<std::streamsize>(text->size()));
         Poco::Base64Decoder dec(src);
-        while (dec.read(buf.data(), kBlock) || dec.gcount() > 0) {
+        std::int64_t total = 0;
+        while (dec.read(buf->data(), kBlock) || dec.gcount() > 0) {
             total += dec.gcount();
         }
-    }
-    state.SetBytesProcessed(total);
+        return total;
+    };
 }
-#endif
-
-}  // namespace
-
-void registerBase64Benchmarks()
+#else
+Pass base64PocoEncoder()
 {
-    benchmark::RegisterBenchmark("base64/core:encode", coreEncode);
-    benchmark::RegisterBenchmark("base64/core:decodeN", coreDecodeN);
-    benchmark::RegisterBenchmark("base64/core:decode", coreDecode);
-    benchmark::RegisterBenchmark("base64/ours:output", outputStream)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("base64/ours:input", inputStream)->Unit(benchmark::kMillisecond);
-#ifdef ZUM_BENCH_POCO
-    benchmark::RegisterBenchmark("base64/poco:encoder", pocoEncoder)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("base64/poco:decoder", pocoDecoder)->Unit(benchmark::kMillisecond);
-#endif
+    return nullptr;
 }
+Pass base64PocoDecoder()
+{
+    return nullptr;
+}
+#endif

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -39,6 +40,13 @@ private:
     std::uint64_t m_allocations = 0;
     std::uint64_t m_calls = 0;
 };
+
+// One pass of a scenario over its whole data: returns the number of bytes it
+// counts (its MB/s are those bytes over its CPU time). Our passes record their
+// steady-state allocations in the window they are given; the peers' ignore it.
+using Pass = std::function<std::int64_t(SteadyAllocations&)>;
+// Builds a pass: makes or fetches its data and buffers, outside any timing.
+using PassMaker = Pass (*)();
 
 // Text made of words, spaces, punctuation and CR LF line breaks, with no byte
 // that XML escaping replaces; about 3.5:1 under deflate. Same bytes for the
