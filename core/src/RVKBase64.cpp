@@ -77,6 +77,29 @@ inline void storeBytes(unsigned char* out, std::uint32_t v, unsigned n)
     }
 }
 
+// Decodes the last group of a text, where '=' may stand in the last one or
+// two places. Returns the number of bytes stored (1 to 3), or 0 for a group
+// that is not Base64 (nothing is stored then).
+inline unsigned decodeLastGroup(unsigned char const* in, unsigned char* out)
+{
+    unsigned char last[4] = {in[0], in[1], in[2], in[3]};
+    unsigned bytes = 3;
+    if (last[3] == '=') {
+        bytes = 2;
+        last[3] = 'A';
+        if (last[2] == '=') {
+            bytes = 1;
+            last[2] = 'A';
+        }
+    }
+    std::uint32_t v = group(last);
+    if (v & k_tables.invalid) {
+        return 0;
+    }
+    storeBytes(out, v, bytes);
+    return bytes;
+}
+
 inline void encodeGroup(unsigned char const* in, char* out)
 {
     std::uint32_t v = (static_cast<std::uint32_t>(in[0]) << 16) |
@@ -135,6 +158,14 @@ int RVKBase64DecodeN(char const* text, unsigned length, char* out, unsigned* out
 {
     unsigned char const* src = reinterpret_cast<unsigned char const*>(text);
     unsigned char* dst = reinterpret_cast<unsigned char*>(out);
+    if (length == 4) {
+        // One group, as the Base64 input stream decodes them.
+        unsigned bytes = decodeLastGroup(src, dst);
+        if (outLength) {
+            *outLength = bytes;
+        }
+        return bytes == 0 ? 2 : 0;
+    }
     std::uint32_t const invalid = k_tables.invalid;
     int status = 0;
     if (length % 4u != 0) {
@@ -171,23 +202,11 @@ int RVKBase64DecodeN(char const* text, unsigned length, char* out, unsigned* out
         dst += 3;
     }
     if (groups != 0) {
-        unsigned char last[4] = {src[0], src[1], src[2], src[3]};
-        unsigned bytes = 3;
-        if (last[3] == '=') {
-            bytes = 2;
-            last[3] = 'A';
-            if (last[2] == '=') {
-                bytes = 1;
-                last[2] = 'A';
-            }
-        }
-        std::uint32_t v = group(last);
-        if (v & invalid) {
+        unsigned bytes = decodeLastGroup(src, dst);
+        if (bytes == 0) {
             status = 2;
-        } else {
-            storeBytes(dst, v, bytes);
-            dst += bytes;
         }
+        dst += bytes;
     }
     if (outLength) {
         *outLength = static_cast<unsigned>(dst - reinterpret_cast<unsigned char*>(out));
