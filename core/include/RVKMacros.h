@@ -16,9 +16,8 @@
 // false; the back-trace entry has a null method text and "RVK_THROW".
 #define RVK_ASSERT(condition)                                                  \
     do {                                                                       \
-        if (!(condition)) {                                                    \
-            RVKAssertError(0, "RVK_ASSERT(" #condition ");")                   \
-                .hurl(RVK_HERE, nullptr, "RVK_THROW");                         \
+        if (__builtin_expect(!(condition), 0)) {                               \
+            ::rvk_detail::failAssertion(RVK_HERE, "RVK_ASSERT(" #condition ");"); \
         }                                                                      \
     } while (0)
 
@@ -26,6 +25,10 @@
 #define RVK_THROW(error, method) (error).hurl(RVK_HERE, (method), "RVK_THROW")
 
 namespace rvk_detail {
+
+// Raises RVKAssertError(0, text) as RVK_ASSERT describes. Out of line, so that
+// a function that checks stays small on its path that passes.
+[[noreturn]] [[gnu::cold]] void failAssertion(RVKFileLocation const& where, char const* text);
 
 // The method guard around one allocation: a null result becomes
 // RVKOutOfMemoryError, std::bad_alloc too, other standard exceptions become

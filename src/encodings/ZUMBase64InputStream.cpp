@@ -28,9 +28,9 @@ ZUMBase64InputStream::~ZUMBase64InputStream()
     }
 }
 
-bool ZUMBase64InputStream::fetchGroup()
+inline bool ZUMBase64InputStream::fetchGroup()
 {
-    char text[5];
+    char text[4];
     int have = p_upstream->read(text, 4);
     if (have < 1) {
         return false;
@@ -50,9 +50,10 @@ bool ZUMBase64InputStream::fetchGroup()
         empty_reads = 0;
         have += n;
     }
-    text[4] = '\0';
+    // The length is known: no terminating NUL, no search for it. A NUL among
+    // the four characters is rejected as any other byte outside the alphabet.
     unsigned decoded = 0;
-    int sta = RVKBase64Decode(text, m_decoded, &decoded);
+    int sta = RVKBase64DecodeN(text, 4, m_decoded, &decoded);
     RVK_ASSERT(sta == 0);
     m_decoded_len = decoded;
     return m_decoded_len > 0;
@@ -63,26 +64,26 @@ int ZUMBase64InputStream::readDecoded(char* buf, int count)
     if (!p_upstream) {
         RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMBase64InputStream::read");
     }
-    int total = 0;
     if (count <= 0) {
         return 0;
     }
     RVK_ASSERT(buf);
+    int total = 0;
     while (total < count) {
         if (m_decoded_len == 0 && !fetchGroup()) {
             break;
         }
+        // At most three bytes: copied in place rather than through memcpy.
         std::uint32_t room = static_cast<std::uint32_t>(count - total);
-        if (room >= m_decoded_len) {
-            std::memcpy(buf + total, m_decoded, m_decoded_len);
-            total += static_cast<int>(m_decoded_len);
-            m_decoded_len = 0;
-        } else {
-            std::memcpy(buf + total, m_decoded, room);
-            total += static_cast<int>(room);
-            std::memmove(m_decoded, m_decoded + room, m_decoded_len - room);
-            m_decoded_len -= room;
+        std::uint32_t n = room < m_decoded_len ? room : m_decoded_len;
+        for (std::uint32_t i = 0; i < n; ++i) {
+            buf[total + static_cast<int>(i)] = m_decoded[i];
         }
+        total += static_cast<int>(n);
+        for (std::uint32_t i = n; i < m_decoded_len; ++i) {
+            m_decoded[i - n] = m_decoded[i];
+        }
+        m_decoded_len -= n;
     }
     return total > 0 ? total : -1;
 }

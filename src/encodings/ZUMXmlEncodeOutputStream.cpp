@@ -16,6 +16,47 @@ ZUMXmlEncodeOutputStream::ZUMXmlEncodeOutputStream(ZUMOutputStream& out)
 
 ZUMXmlEncodeOutputStream::~ZUMXmlEncodeOutputStream() = default;
 
+namespace {
+
+// 1 for each byte that is replaced: the five markup characters and the
+// control bytes other than tab, line feed and carriage return.
+struct SpecialBytes {
+    unsigned char is[256];
+    constexpr SpecialBytes() : is()
+    {
+        for (int b = 0; b < 0x20; ++b) {
+            is[b] = b != '\t' && b != '\n' && b != '\r';
+        }
+        is[static_cast<unsigned char>('"')] = 1;
+        is[static_cast<unsigned char>('&')] = 1;
+        is[static_cast<unsigned char>('\'')] = 1;
+        is[static_cast<unsigned char>('<')] = 1;
+        is[static_cast<unsigned char>('>')] = 1;
+    }
+};
+
+constexpr SpecialBytes k_special;
+
+bool special(char c)
+{
+    return k_special.is[static_cast<unsigned char>(c)] != 0;
+}
+
+// The first byte from `at` that is replaced, or `end`. Four bytes a step
+// while none of them is.
+char const* skipRun(char const* at, char const* end)
+{
+    while (end - at >= 4 && !(special(at[0]) | special(at[1]) | special(at[2]) | special(at[3]))) {
+        at += 4;
+    }
+    while (at != end && !special(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+}  // namespace
+
 void ZUMXmlEncodeOutputStream::write(char const* bytes, int count)
 {
     RVK_ASSERT(bytes);
@@ -23,14 +64,19 @@ void ZUMXmlEncodeOutputStream::write(char const* bytes, int count)
     if (!p_downstream) {
         RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMXmlEncodeOutputStream::write");
     }
-    char const* run = bytes;
     char const* end = bytes + count;
     char numeric[8];
-    for (char const* at = bytes; at != end; ++at) {
-        unsigned char byte = static_cast<unsigned char>(*at);
+    for (char const* run = bytes; run != end;) {
+        char const* at = skipRun(run, end);
+        if (at != run) {
+            p_downstream->write(run, static_cast<int>(at - run));
+        }
+        if (at == end) {
+            break;
+        }
         char const* replacement;
         int length;
-        switch (byte) {
+        switch (*at) {
         case '"':
             replacement = "&quot;";
             length = 6;
@@ -51,25 +97,12 @@ void ZUMXmlEncodeOutputStream::write(char const* bytes, int count)
             replacement = "&gt;";
             length = 4;
             break;
-        case '\t':
-        case '\n':
-        case '\r':
-            continue;
-        default:
-            if (byte >= 0x20) {
-                continue;
-            }
-            length = std::snprintf(numeric, sizeof numeric, "&#%d;", byte);
+        default:  // a control byte
+            length = std::snprintf(numeric, sizeof numeric, "&#%d;", static_cast<unsigned char>(*at));
             replacement = numeric;
             break;
         }
-        if (at != run) {
-            p_downstream->write(run, static_cast<int>(at - run));
-        }
         p_downstream->write(replacement, length);
         run = at + 1;
-    }
-    if (end != run) {
-        p_downstream->write(run, static_cast<int>(end - run));
     }
 }

@@ -33,20 +33,20 @@ ZUMBufferedInputStream::~ZUMBufferedInputStream() = default;
 
 // ---- buffer steps -----------------------------------------------------------
 
-void ZUMBufferedInputStream::takeFromBuffer(RVKByteBuffer& dst, int n)
+inline void ZUMBufferedInputStream::takeFromBuffer(RVKByteBuffer& dst, int n)
 {
     dst.appendChars(m_buffer.str() + m_read_pos, static_cast<unsigned>(n));
     m_read_pos += n;
 }
 
-void ZUMBufferedInputStream::takeFromBuffer(char* buf, int n)
+inline void ZUMBufferedInputStream::takeFromBuffer(char* buf, int n)
 {
     RVK_ASSERT(buf);
     std::memcpy(buf, m_buffer.str() + m_read_pos, static_cast<std::size_t>(n));
     m_read_pos += n;
 }
 
-int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
+inline int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
 {
     int have = buffered();
     if (have < n) {
@@ -60,7 +60,7 @@ int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
     return n;
 }
 
-int ZUMBufferedInputStream::readFromBuffer(char* buf, int n)
+inline int ZUMBufferedInputStream::readFromBuffer(char* buf, int n)
 {
     int have = buffered();
     if (have < n) {
@@ -74,7 +74,7 @@ int ZUMBufferedInputStream::readFromBuffer(char* buf, int n)
     return n;
 }
 
-int ZUMBufferedInputStream::readMore()
+inline int ZUMBufferedInputStream::readMore()
 {
     m_buffer.reset();
     m_read_pos = 0;
@@ -87,7 +87,7 @@ int ZUMBufferedInputStream::readMore()
 // ---- reads ------------------------------------------------------------------
 
 template <class Destination>
-int ZUMBufferedInputStream::readInto(Destination& dst, int count)
+inline int ZUMBufferedInputStream::readInto(Destination& dst, int count)
 {
     int r = readFromBuffer(dst, count);
     if (r > 0 || buffered() > 0) {
@@ -170,19 +170,27 @@ void ZUMBufferedInputStream::unWrap()
 
 // ---- lines ------------------------------------------------------------------
 
-int ZUMBufferedInputStream::findLineEnd(int& from) const
+inline int ZUMBufferedInputStream::findLineEnd(int& from) const
 {
+    // The byte behind the buffered ones is the buffer's terminating NUL, so
+    // one search for "a CR or a NUL" stops at a CR, at a NUL byte in the data
+    // or at the end.
     char const* p = m_buffer.str() + m_read_pos;
-    int n = buffered();
-    int i = from;
-    for (; i < n && p[i] != '\0'; ++i) {
-        if (p[i] == '\r' && i + 1 < n && p[i + 1] == '\n') {
-            return i;
+    char const* at = p + from;
+    for (;;) {
+        at = strchrnul(at, '\r');
+        if (*at == '\0') {
+            break;
         }
+        if (at[1] == '\n') {  // at[1] is at most the terminating NUL
+            return static_cast<int>(at - p);
+        }
+        ++at;
     }
     // Resume at a NUL (the search stops there again) or at a final CR whose
     // LF may come with the next refill.
-    from = (i == n && i > 0) ? i - 1 : i;
+    int i = static_cast<int>(at - p);
+    from = (i == buffered() && i > 0) ? i - 1 : i;
     return -1;
 }
 
@@ -193,7 +201,8 @@ int ZUMBufferedInputStream::readline(RVKByteBuffer& line)
     for (;;) {
         int k = findLineEnd(from);
         if (k >= 0) {
-            return readFromBuffer(line, k + 2);
+            takeFromBuffer(line, k + 2);
+            return k + 2;
         }
         if (m_read_pos != 0) {
             // Keep only the unconsumed bytes, at the front; offsets from

@@ -64,6 +64,26 @@ TEST(XmlEncodeOutputStream, RunsAndReplacementsInOrder)
     }
 }
 
+// A special byte at every place of a longer run: the run before it and the
+// run after it each go out in one write.
+TEST(XmlEncodeOutputStream, SpecialByteAtEveryPlace)
+{
+    std::string const plain = "abcdefghijklmnopq";
+    for (std::size_t at = 0; at <= plain.size(); ++at) {
+        std::string in = plain;
+        in.insert(at, 1, '&');
+        Writes expected;
+        if (at > 0) {
+            expected.push_back(plain.substr(0, at));
+        }
+        expected.push_back("&amp;");
+        if (at < plain.size()) {
+            expected.push_back(plain.substr(at));
+        }
+        EXPECT_EQ(escapedWrites(in), expected) << at;
+    }
+}
+
 TEST(XmlEncodeOutputStream, EveryByteValue)
 {
     for (int b = 0; b < 256; ++b) {

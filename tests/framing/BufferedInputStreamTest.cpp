@@ -101,11 +101,13 @@ TEST(BufferedInputStream, ReadlineEndsLinesAtCrLfOnly)
         std::vector<std::string> lines;
     };
     std::string const nul("ab\0c\r\nd", 7);
+    std::string const nul_after("\0c\r\n", 4);
     Case const cases[] = {
         {"abc\r\nde\r\n\r\n", {"abc\r\n", "de\r\n", "\r\n"}},
         {"abc\ndef", {"abc\ndef"}},
         {"a\rb\r\r\n", {"a\rb\r\r\n"}},
         {nul, {nul}},  // a CR LF behind a NUL is not seen
+        {"ab\r\n" + nul_after, {"ab\r\n", nul_after}},
         {"", {}},
     };
     for (auto const& c : cases) {

@@ -1,0 +1,184 @@
+// Base64: the core layer's codec over long inputs, and the two streams against
+// Poco's Base64Encoder and Base64Decoder.
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "BenchSupport.h"
+#include "RVKBase64.h"
+#include "ZUMStreams.h"
+
+#ifdef ZUM_BENCH_POCO
+#include <Poco/Base64Decoder.h>
+#include <Poco/Base64Encoder.h>
+#include <Poco/MemoryStream.h>
+#endif
+
+namespace {
+
+// Long inputs for the codec: a multiple of 3 near 1 MiB, coded 16 times a
+// pass.
+std::size_t const kCodecBytes = 3u * 349525u;
+int const kCodecRounds = 16;
+// Stream payloads.
+std::size_t const kStreamBytes = 8u << 20;
+
+// The Base64 text of randomBytes(size).
+std::string const& encodedRandom(std::size_t size)
+{
+    static std::map<std::size_t, std::string> cache;
+    auto it = cache.find(size);
+    if (it == cache.end()) {
+        std::string const& bytes = randomBytes(size);
+        std::string text(RVKBase64EncodedSize(static_cast<unsigned>(size), 0), '\0');
+        text.resize(RVKBase64Encode(bytes.data(), static_cast<unsigned>(size), &text[0], 0));
+        it = cache.emplace(size, text).first;
+    }
+    return it->second;
+}
+
+}  // namespace
+
+// Counted in the bytes read: raw bytes in.
+Pass base64CoreEncode()
+{
+    std::string const* bytes = &randomBytes(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(
+        RVKBase64EncodedSize(static_cast<unsigned>(bytes->size()), 0));
+    return [bytes, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = RVKBase64Encode(bytes->data(), static_cast<unsigned>(bytes->size()),
+                                         out->data(), 0);
+            benchmark::DoNotOptimize(n);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(bytes->size()) * kCodecRounds;
+    };
+}
+
+// Counted in the bytes read: Base64 text in.
+Pass base64CoreDecodeN()
+{
+    std::string const* text = &encodedRandom(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(text->size() / 4 * 3);
+    return [text, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = 0;
+            int status = RVKBase64DecodeN(text->data(), static_cast<unsigned>(text->size()),
+                                          out->data(), &n);
+            benchmark::DoNotOptimize(status);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(text->size()) * kCodecRounds;
+    };
+}
+
+// The NUL-terminated form: a strlen pass in front of the decoding.
+Pass base64CoreDecode()
+{
+    std::string const* text = &encodedRandom(kCodecBytes);
+    auto out = std::make_shared<std::vector<char>>(text->size() / 4 * 3);
+    return [text, out](SteadyAllocations&) {
+        for (int i = 0; i < kCodecRounds; ++i) {
+            unsigned n = 0;
+            int status = RVKBase64Decode(text->c_str(), out->data(), &n);
+            benchmark::DoNotOptimize(status);
+            benchmark::ClobberMemory();
+        }
+        return static_cast<std::int64_t>(text->size()) * kCodecRounds;
+    };
+}
+
+// Base64 output stream -> memory, 16 KiB writes; counted in the raw bytes
+// written.
+Pass base64Output()
+{
+    std::string const* bytes = &randomBytes(kStreamBytes);
+    auto sink = std::make_shared<ZUMMemoryOutputStream>(
+        static_cast<int>(bytes->size() / 3 * 4 + 64), kBlock);
+    return [bytes, sink](SteadyAllocations& allocs) {
+        sink->reset();
+        ZUMBase64OutputStream b64(*sink);
+        b64.write(bytes->data(), kBlock);
+        allocs.open();
+        std::uint64_t calls = 0;
+        for (std::size_t at = kBlock; at < bytes->size(); at += kBlock) {
+            b64.write(bytes->data() + at, kBlock);
+            ++calls;
+        }
+        b64.flush();
+        allocs.close(calls);
+        return static_cast<std::int64_t>(bytes->size());
+    };
+}
+
+// memory -> buffered (16 KiB) -> Base64 input stream, 16 KiB reads; counted in
+// the decoded bytes delivered.
+Pass base64Input()
+{
+    std::string const* text = &encodedRandom(kStreamBytes);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(text->data(), static_cast<int>(text->size()));
+        ZUMBufferedInputStream bis(raw, kBlock);
+        ZUMBase64InputStream b64;
+        b64.wrap(bis);
+        std::int64_t total = 0;
+        int n = b64.read(buf->data(), kBlock);
+        allocs.open();
+        std::uint64_t calls = 0;
+        while (n != -1) {
+            total += n;
+            n = b64.read(buf->data(), kBlock);
+            ++calls;
+        }
+        allocs.close(calls);
+        return total;
+    };
+}
+
+#ifdef ZUM_BENCH_POCO
+Pass base64PocoEncoder()
+{
+    std::string const* bytes = &randomBytes(kStreamBytes);
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(bytes->size() / 3 * 4 + 64);
+    return [bytes, sink](SteadyAllocations&) {
+        sink->clear();
+        VectorSinkBuf buf(*sink);
+        std::ostream os(&buf);
+        Poco::Base64Encoder enc(os);
+        enc.rdbuf()->setLineLength(0);  // no line breaks, as ours
+        for (std::size_t at = 0; at < bytes->size(); at += kBlock) {
+            enc.write(bytes->data() + at, kBlock);
+        }
+        enc.close();
+        return static_cast<std::int64_t>(bytes->size());
+    };
+}
+
+Pass base64PocoDecoder()
+{
+    std::string const* text = &encodedRandom(kStreamBytes);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf](SteadyAllocations&) {
+        Poco::MemoryInputStream src(text->data(), static_cast<std::streamsize>(text->size()));
+        Poco::Base64Decoder dec(src);
+        std::int64_t total = 0;
+        while (dec.read(buf->data(), kBlock) || dec.gcount() > 0) {
+            total += dec.gcount();
+        }
+        return total;
+    };
+}
+#else
+Pass base64PocoEncoder()
+{
+    return nullptr;
+}
+Pass base64PocoDecoder()
+{
+    return nullptr;
+}
+#endif

@@ -1,0 +1,283 @@
+// gunzip and gzip of 64 MiB: our chains, a plain zlib loop (the limit), and
+// the gzip filters of Boost.Iostreams and Poco. Every read and write asks for
+// 16 KiB; the peers get 16 KiB buffers too.
+
+#include <zlib.h>
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "BenchSupport.h"
+#include "ZUMStreams.h"
+
+#ifdef ZUM_BENCH_BOOST
+#include <boost/iostreams/device/array.hpp>
+#include <boost/iostreams/device/back_inserter.hpp>
+#include <boost/iostreams/filter/gzip.hpp>
+#include <boost/iostreams/filtering_stream.hpp>
+#endif
+#ifdef ZUM_BENCH_POCO
+#include <Poco/DeflatingStream.h>
+#include <Poco/InflatingStream.h>
+#include <Poco/MemoryStream.h>
+#endif
+
+namespace {
+
+std::size_t const kGzipData = 64u << 20;
+
+// Reads `stream` to its end in 16 KiB reads; the window opens after the
+// first read (which allocates the codec state).
+std::int64_t drainGzip(ZUMInputStream& stream, char* buf, SteadyAllocations& allocs)
+{
+    std::int64_t total = 0;
+    std::uint64_t calls = 0;
+    int n = stream.read(buf, kBlock);
+    allocs.open();
+    while (n != -1) {
+        total += n;
+        n = stream.read(buf, kBlock);
+        ++calls;
+    }
+    allocs.close(calls);
+    return total;
+}
+
+}  // namespace
+
+// memory -> buffered (16 KiB) -> chunked (16 KiB chunks) -> gzip: the typical
+// request's body.
+Pass gunzipChain()
+{
+    auto body = std::make_shared<std::string>(chunkedBody(gzipMember(kGzipData), kBlock));
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [body, buf](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(body->data(), static_cast<int>(body->size()));
+        ZUMBufferedInputStream bis(raw, kBlock);
+        ZUMChunkedInputStream chunked(bis);
+        ZUMGZIPInputStream gunzip(chunked);
+        return drainGzip(gunzip, buf->data(), allocs);
+    };
+}
+
+// memory -> gzip: the member without framing.
+Pass gunzipMemory()
+{
+    std::string const* member = &gzipMember(kGzipData);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [member, buf](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(member->data(), static_cast<int>(member->size()));
+        ZUMGZIPInputStream gunzip(raw);
+        return drainGzip(gunzip, buf->data(), allocs);
+    };
+}
+
+// zlib's own gzip decoding (header, CRC-32 and length checked by zlib), input
+// in 16 KiB pieces, output 16 KiB at a time.
+Pass gunzipZlib()
+{
+    std::string const* member = &gzipMember(kGzipData);
+    auto out = std::make_shared<std::vector<unsigned char>>(kBlock);
+    return [member, out](SteadyAllocations&) {
+        z_stream z{};
+        if (inflateInit2(&z, 15 + 16) != Z_OK) {
+            throw std::runtime_error("inflateInit2");
+        }
+        auto const* in = reinterpret_cast<Bytef const*>(member->data());
+        std::size_t left = member->size();
+        std::int64_t total = 0;
+        int status = Z_OK;
+        while (status != Z_STREAM_END) {
+            if (z.avail_in == 0) {
+                std::size_t piece = left < static_cast<std::size_t>(kBlock) ? left : kBlock;
+                z.next_in = const_cast<Bytef*>(in);
+                z.avail_in = static_cast<uInt>(piece);
+                in += piece;
+                left -= piece;
+            }
+            z.next_out = out->data();
+            z.avail_out = kBlock;
+            status = inflate(&z, Z_NO_FLUSH);
+            if (status != Z_OK && status != Z_STREAM_END) {
+                inflateEnd(&z);
+                throw std::runtime_error("inflate");
+            }
+            total += kBlock - z.avail_out;
+        }
+        inflateEnd(&z);
+        return total;
+    };
+}
+
+// gzip -> chunked (16 KiB chunks) -> buffered (16 KiB) -> memory: the typical
+// request's body, written.
+Pass gzipChain()
+{
+    std::string const* text = &wordText(kGzipData);
+    auto sink = std::make_shared<ZUMMemoryOutputStream>(static_cast<int>(text->size()), kBlock);
+    return [text, sink](SteadyAllocations& allocs) {
+        sink->reset();
+        ZUMBufferedOutputStream bos(*sink, kBlock);
+        ZUMChunkedOutputStream chunked(bos, kBlock);
+        ZUMGZIPOutputStream gzip(chunked);
+        gzip.write(text->data(), kBlock);
+        allocs.open();
+        std::uint64_t calls = 0;
+        for (std::size_t at = kBlock; at < text->size(); at += kBlock) {
+            gzip.write(text->data() + at, kBlock);
+            ++calls;
+        }
+        gzip.finish();
+        chunked.close();
+        bos.flush();
+        allocs.close(calls);
+        return static_cast<std::int64_t>(text->size());
+    };
+}
+
+// gzip -> memory.
+Pass gzipMemory()
+{
+    std::string const* text = &wordText(kGzipData);
+    auto sink = std::make_shared<ZUMMemoryOutputStream>(static_cast<int>(text->size()), kBlock);
+    return [text, sink](SteadyAllocations& allocs) {
+        sink->reset();
+        ZUMGZIPOutputStream gzip(*sink);
+        gzip.write(text->data(), kBlock);
+        allocs.open();
+        std::uint64_t calls = 0;
+        for (std::size_t at = kBlock; at < text->size(); at += kBlock) {
+            gzip.write(text->data() + at, kBlock);
+            ++calls;
+        }
+        gzip.finish();
+        allocs.close(calls);
+        return static_cast<std::int64_t>(text->size());
+    };
+}
+
+// zlib's own gzip encoding at the default level, input in 16 KiB pieces,
+// output 16 KiB at a time appended to memory.
+Pass gzipZlib()
+{
+    std::string const* text = &wordText(kGzipData);
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(text->size());
+    auto out = std::make_shared<std::vector<unsigned char>>(kBlock);
+    return [text, sink, out](SteadyAllocations&) {
+        sink->clear();
+        z_stream z{};
+        if (deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) !=
+            Z_OK) {
+            throw std::runtime_error("deflateInit2");
+        }
+        for (std::size_t at = 0; at <= text->size(); at += kBlock) {
+            bool last = at == text->size();
+            z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text->data() + at));
+            z.avail_in = last ? 0 : kBlock;
+            int status;
+            do {
+                z.next_out = out->data();
+                z.avail_out = kBlock;
+                status = deflate(&z, last ? Z_FINISH : Z_NO_FLUSH);
+                sink->insert(sink->end(), out->data(), out->data() + (kBlock - z.avail_out));
+            } while (z.avail_out == 0 || (last && status != Z_STREAM_END));
+        }
+        deflateEnd(&z);
+        return static_cast<std::int64_t>(text->size());
+    };
+}
+
+#ifdef ZUM_BENCH_BOOST
+Pass gunzipBoost()
+{
+    namespace io = boost::iostreams;
+    std::string const* member = &gzipMember(kGzipData);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [member, buf](SteadyAllocations&) {
+        io::filtering_istream in;
+        in.push(io::gzip_decompressor(io::zlib::default_window_bits, kBlock), kBlock);
+        in.push(io::array_source(member->data(), member->size()), kBlock);
+        std::int64_t total = 0;
+        while (in.read(buf->data(), kBlock) || in.gcount() > 0) {
+            total += in.gcount();
+        }
+        return total;
+    };
+}
+
+Pass gzipBoost()
+{
+    namespace io = boost::iostreams;
+    std::string const* text = &wordText(kGzipData);
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(text->size());
+    return [text, sink](SteadyAllocations&) {
+        sink->clear();
+        io::filtering_ostream out;
+        out.push(io::gzip_compressor(io::gzip_params(io::gzip::default_compression), kBlock),
+                 kBlock);
+        out.push(io::back_inserter(*sink), kBlock);
+        for (std::size_t at = 0; at < text->size(); at += kBlock) {
+            out.write(text->data() + at, kBlock);
+        }
+        out.reset();  // completes the member
+        return static_cast<std::int64_t>(text->size());
+    };
+}
+#else
+Pass gunzipBoost()
+{
+    return nullptr;
+}
+Pass gzipBoost()
+{
+    return nullptr;
+}
+#endif
+
+#ifdef ZUM_BENCH_POCO
+Pass gunzipPoco()
+{
+    std::string const* member = &gzipMember(kGzipData);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [member, buf](SteadyAllocations&) {
+        Poco::MemoryInputStream src(member->data(), static_cast<std::streamsize>(member->size()));
+        Poco::InflatingInputStream in(src, Poco::InflatingStreamBuf::STREAM_GZIP);
+        std::int64_t total = 0;
+        while (in.read(buf->data(), kBlock) || in.gcount() > 0) {
+            total += in.gcount();
+        }
+        return total;
+    };
+}
+
+Pass gzipPoco()
+{
+    std::string const* text = &wordText(kGzipData);
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(text->size());
+    return [text, sink](SteadyAllocations&) {
+        sink->clear();
+        VectorSinkBuf buf(*sink);
+        std::ostream os(&buf);
+        Poco::DeflatingOutputStream out(os, Poco::DeflatingStreamBuf::STREAM_GZIP,
+                                        Z_DEFAULT_COMPRESSION);
+        for (std::size_t at = 0; at < text->size(); at += kBlock) {
+            out.write(text->data() + at, kBlock);
+        }
+        out.close();
+        return static_cast<std::int64_t>(text->size());
+    };
+}
+#else
+Pass gunzipPoco()
+{
+    return nullptr;
+}
+Pass gzipPoco()
+{
+    return nullptr;
+}
+#endif
