@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include "ExternalTool.h"
-#include "RaiseChecks.h"
+#include "TestFiles.h"
 #include "TestStreams.h"
-#include "ZUMXmlEncodeOutputStream.h"
 
 namespace {
 
@@ -21,25 +17,13 @@ Writes escapedWrites(std::string const& in)
 
 // What an XML parser gives back for literal text: line ends normalised to
 // LF, and in an attribute value tab and LF then read as spaces.
-std::string parsedForm(std::string text, bool attribute)
+std::string parsedForm(std::string const& text, bool attribute)
 {
     std::string lf;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') {
-            lf += '\n';
-            if (i + 1 < text.size() && text[i + 1] == '\n') {
-                ++i;
-            }
-        } else {
-            lf += text[i];
-        }
-    }
-    if (attribute) {
-        for (auto& c : lf) {
-            if (c == '\t' || c == '\n') {
-                c = ' ';
-            }
-        }
+        char c = text[i] == '\r' ? '\n' : text[i];
+        i += text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n' ? 1 : 0;
+        lf += attribute && (c == '\t' || c == '\n') ? ' ' : c;
     }
     return lf;
 }
@@ -51,8 +35,7 @@ TEST(XmlEncodeOutputStream, RunsAndReplacementsInOrder)
     struct Case {
         std::string in;
         Writes out;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {"a<b>&\"'c", {"a", "&lt;", "b", "&gt;", "&amp;", "&quot;", "&#39;", "c"}},
         {"plain text, no specials", {"plain text, no specials"}},
         {"<<", {"&lt;", "&lt;"}},
@@ -62,24 +45,13 @@ TEST(XmlEncodeOutputStream, RunsAndReplacementsInOrder)
     for (auto const& c : cases) {
         EXPECT_EQ(escapedWrites(c.in), c.out) << c.in;
     }
-}
-
-TEST(XmlEncodeOutputStream, EveryByteValue)
-{
+    std::string const named[] = {"&quot;", "&amp;", "&#39;", "&lt;", "&gt;"};
     for (int b = 0; b < 256; ++b) {
         std::string expected(1, static_cast<char>(b));
         if (b < 32 && b != 9 && b != 10 && b != 13) {
             expected = "&#" + std::to_string(b) + ";";
-        } else if (b == '"') {
-            expected = "&quot;";
-        } else if (b == '&') {
-            expected = "&amp;";
-        } else if (b == '\'') {
-            expected = "&#39;";
-        } else if (b == '<') {
-            expected = "&lt;";
-        } else if (b == '>') {
-            expected = "&gt;";
+        } else if (std::strchr("\"&'<>", b) && b) {
+            expected = named[std::strchr("\"&'<>", b) - "\"&'<>"];
         }
         EXPECT_EQ(escapedWrites(std::string(1, static_cast<char>(b))), Writes{expected}) << b;
     }
@@ -88,17 +60,19 @@ TEST(XmlEncodeOutputStream, EveryByteValue)
 TEST(XmlEncodeOutputStream, Misuse)
 {
     ZUMXmlEncodeOutputStream unwrapped;
-    expectIllegalState([&] { unwrapped.write("a", 1); }, "ZUMXmlEncodeOutputStream::write");
+    EXPECT_EQ(raised([&] { unwrapped.write("a", 1); }), "RVKIllegalStateError() @ZUMXmlEncodeOutputStream::write");
     RecordingOutputStream down;
     ZUMXmlEncodeOutputStream out(down);
-    expectAssert([&] { out.write(nullptr, 0); }, "RVK_ASSERT(bytes);");
-    expectAssert([&] { out.write("a", -1); }, "RVK_ASSERT(0 <= count);");
+    EXPECT_EQ(raised([&] { out.write(nullptr, 0); }), "RVKAssertError(RVK_ASSERT(bytes);) @-");
+    EXPECT_EQ(raised([&] { out.write("a", -1); }), "RVKAssertError(RVK_ASSERT(0 <= count);) @-");
     out.flush();
     out.close();
     EXPECT_TRUE(down.writes.empty());
     EXPECT_EQ(down.flushes + down.closes, 0);
 }
 
+// Escaped text inside an element and an attribute value parses with Python's
+// xml.dom.minidom (tests/data/xml/parse.py) back to the input.
 TEST(XmlEncodeOutputStream, IndependentParserGivesTheTextBack)
 {
     if (!haveProgram("python3")) {
@@ -114,28 +88,23 @@ TEST(XmlEncodeOutputStream, IndependentParserGivesTheTextBack)
         "Gr\xc3\xbc\xc3\x9f" "e, \xe6\x97\xa5\xe6\x9c\xac, \xe2\x82\xac, \xf0\x9f\x98\x80 <&>'\"",
         "",
     };
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
+    TempDir dir;
     std::string command = "python3 " + shellQuoted(ZUM_TEST_DATA_DIR "/xml/parse.py");
-    int i = 0;
-    for (auto const& text : texts) {
+    for (std::size_t i = 0; i < std::size(texts); ++i) {
         ZUMMemoryOutputStream doc;
         ZUMXmlEncodeOutputStream escaped(doc);
         auto plain = [&](char const* markup) { doc.write(markup, static_cast<int>(std::strlen(markup))); };
         plain("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<r a=\"");
-        escaped.write(text.data(), static_cast<int>(text.size()));
+        escaped.write(texts[i].data(), static_cast<int>(texts[i].size()));
         plain("\">");
-        escaped.write(text.data(), static_cast<int>(text.size()));
+        escaped.write(texts[i].data(), static_cast<int>(texts[i].size()));
         plain("</r>\n");
-        std::string name = dir.file("doc" + std::to_string(i++) + ".xml");
-        writeFile(name, std::string(doc.bytes(), static_cast<std::size_t>(doc.length())));
-        command += " " + shellQuoted(name);
+        command += " " + shellQuoted(dir.write("doc" + std::to_string(i) + ".xml", std::string(doc.bytes(), doc.length())));
     }
     ASSERT_TRUE(runCommand(command));
-    i = 0;
-    for (auto const& text : texts) {
-        std::string name = dir.file("doc" + std::to_string(i++) + ".xml");
-        EXPECT_EQ(readFile(name + ".text"), parsedForm(text, false)) << name;
-        EXPECT_EQ(readFile(name + ".attr"), parsedForm(text, true)) << name;
+    for (std::size_t i = 0; i < std::size(texts); ++i) {
+        std::string name = dir.file("doc" + std::to_string(i) + ".xml");
+        EXPECT_EQ(readFile(name + ".text"), parsedForm(texts[i], false)) << name;
+        EXPECT_EQ(readFile(name + ".attr"), parsedForm(texts[i], true)) << name;
     }
 }

@@ -5,24 +5,20 @@
 
 #include <sys/wait.h>
 
-#include <fstream>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include "ExternalTool.h"
+#include "TestFiles.h"
+#include "TestStreams.h"
 
 namespace {
 
 struct Result {
     int status;
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
 // Runs zumcat with `args` on `input` (given as a file).
-Result zumcat(std::string const& args, std::string const& input, ScratchDir const& dir)
+Result zumcat(std::string const& args, std::string const& input, TempDir const& dir)
 {
     writeFile(dir.file("in"), input);
     std::string command = std::string(ZUMCAT_PATH) + " " + args + " " + shellQuoted(dir.file("in")) +
@@ -31,32 +27,15 @@ Result zumcat(std::string const& args, std::string const& input, ScratchDir cons
     return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readFile(dir.file("out")), readFile(dir.file("err"))};
 }
 
-std::string data(std::string const& name)
-{
-    return readFile(std::string(ZUM_TEST_DATA_DIR) + "/" + name);
-}
-
-std::string randomBytes(std::size_t n, unsigned seed)
-{
-    std::mt19937 rng(seed);
-    std::string s(n, '\0');
-    for (char& c : s) {
-        c = static_cast<char>(rng());
-    }
-    return s;
-}
-
 }  // namespace
 
 TEST(Zumcat, EveryOperationRoundTripsWithItsInverse)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::vector<std::string> inputs = {"", "x", data("gzip/mixed.content"),
-                                       data("chunked/nginx_ssi.expected"), randomBytes(70000, 7)};
+    TempDir dir;
+    std::vector<std::string> inputs = {"", "x", dataFile("gzip/mixed.content"),
+                                       dataFile("chunked/nginx_ssi.expected"), testBytes(70000, 7)};
     struct Pair {
-        char const* encode;
-        char const* decode;
+        char const *encode, *decode;
     } const pairs[] = {
         {"gzip", "gunzip"},          {"chunk --size 1", "unchunk"},
         {"chunk", "unchunk"},        {"chunk --size 16384", "unchunk"},
@@ -76,36 +55,32 @@ TEST(Zumcat, EveryOperationRoundTripsWithItsInverse)
 
 TEST(Zumcat, DecodersAgreeWithIndependentProducers)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::ifstream list(std::string(ZUM_TEST_DATA_DIR) + "/gzip/fixtures.txt");
-    std::string member, content;
+    TempDir dir;
+    std::istringstream list(dataFile("gzip/fixtures.txt"));
     int members = 0;
-    while (list >> member >> content) {
-        Result r = zumcat("gunzip", data("gzip/" + member), dir);
+    for (std::string member, content; list >> member >> content; ++members) {
+        Result r = zumcat("gunzip", dataFile("gzip/" + member), dir);
         EXPECT_EQ(r.status, 0) << member << ": " << r.err;
-        EXPECT_EQ(r.out, data("gzip/" + content)) << member;
-        ++members;
+        EXPECT_EQ(r.out, dataFile("gzip/" + content)) << member;
     }
     EXPECT_GT(members, 20);
 
     for (char const* body : {"nginx_gzip", "nginx_ssi", "py_file_blocks", "py_iter_chunks"}) {
-        Result r = zumcat("unchunk", data(std::string("chunked/") + body + ".body"), dir);
+        Result r = zumcat("unchunk", dataFile(std::string("chunked/") + body + ".body"), dir);
         EXPECT_EQ(r.status, 0) << body;
-        EXPECT_EQ(r.out, data(std::string("chunked/") + body + ".expected")) << body;
+        EXPECT_EQ(r.out, dataFile(std::string("chunked/") + body + ".expected")) << body;
     }
 
     // Several members in one input decode one after the other, as gzip -d does.
-    std::string twice = data("gzip/gzip-9-name.gz") + data("gzip/py-flags-1e.gz");
+    std::string twice = dataFile("gzip/gzip-9-name.gz") + dataFile("gzip/py-flags-1e.gz");
     Result both = zumcat("gunzip", twice, dir);
     EXPECT_EQ(both.status, 0) << both.err;
-    EXPECT_EQ(both.out, data("gzip/mixed.content") + data("gzip/hello.content"));
+    EXPECT_EQ(both.out, dataFile("gzip/mixed.content") + dataFile("gzip/hello.content"));
 }
 
 TEST(Zumcat, HttpPrintsHeadersBodyAndTrailerOfTheCapturedResponse)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
+    TempDir dir;
     std::string sample = readFile(std::string(ZUM_SOURCE_DIR) + "/examples/http-sample/sample-response.http");
     std::string body = readFile(std::string(ZUM_SOURCE_DIR) + "/examples/http-sample/sample-body.txt");
     ASSERT_FALSE(sample.empty());
@@ -128,8 +103,7 @@ TEST(Zumcat, HttpPrintsHeadersBodyAndTrailerOfTheCapturedResponse)
 
 TEST(Zumcat, XmlEscapeWritesReferences)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
+    TempDir dir;
     Result r = zumcat("xml-escape", std::string("a<b>&\"'\x01\t\xc3\xa9", 11), dir);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "a&lt;b&gt;&amp;&quot;&#39;&#1;\t\xc3\xa9");
@@ -137,9 +111,8 @@ TEST(Zumcat, XmlEscapeWritesReferences)
 
 TEST(Zumcat, BadInputGivesOneLineNamingTheFault)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::string member = data("gzip/gzip-9-name.gz");
+    TempDir dir;
+    std::string member = dataFile("gzip/gzip-9-name.gz");
     std::string badCrc = member;
     badCrc[badCrc.size() - 8] = static_cast<char>(badCrc[badCrc.size() - 8] ^ 0x55);
     std::string badLength = member;
