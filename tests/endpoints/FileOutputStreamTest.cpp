@@ -1,19 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "TestFiles.h"
 #include "TestStreams.h"
 
 TEST(FileOutputStream, OpenErrorNamesThePathAndTheSystemText)
 {
     TempDir dir;
-    std::string in_missing = dir.file("out/data.bin");
-    std::string long_path = dir.file("missing/" + std::string(200, 'x'));
-    struct Case {
-        std::string path, shown;
-        char const* error;
-    } const cases[] = {
+    std::string in_missing = dir.file("out/data.bin"), long_path = dir.file("missing/" + std::string(200, 'x'));
+    struct Case { std::string path, shown; char const* error; } const cases[] = {
         {in_missing, in_missing, "No such file or directory"},
         {dir.path(), dir.path(), "Is a directory"},
         {long_path, long_path.substr(0, 128), "No such file or directory"},
@@ -27,6 +21,8 @@ TEST(FileOutputStream, OpenErrorNamesThePathAndTheSystemText)
     }
 }
 
+// Both modes truncate; flush hands the bytes to the file, close ends writing,
+// and nothing is reported after opening.
 TEST(FileOutputStream, TruncatesWritesAndEndsWritingAtClose)
 {
     TempDir dir;
@@ -41,13 +37,12 @@ TEST(FileOutputStream, TruncatesWritesAndEndsWritingAtClose)
         EXPECT_EQ(readFile(path), "ab");
         out.write("c", 1);
         out.close();
-        EXPECT_EQ(readFile(path), "abc");
         out.write("d", 1);
         out.flush();
         out.close();
         EXPECT_EQ(readFile(path), "abc");
     }
-    ZUMFileOutputStream none(static_cast<char const*>(nullptr), 0);  // reports nothing after opening
+    ZUMFileOutputStream none(static_cast<char const*>(nullptr), 0);
     none.write("x", 1);
     none.flush();
     none.close();
@@ -57,13 +52,10 @@ TEST(FileOutputStream, ClosesAHandedInFileOnlyWhenOwnedOrClosed)
 {
     TempDir dir;
     std::string path = dir.file("f");
-    struct Case {
-        int owns;
-        bool call_close, open_after;
-    } const cases[] = {{0, false, true}, {1, false, false}, {0, true, false}, {1, true, false}};
+    struct Case { int owns; bool call_close, open_after; } const cases[] = {
+        {0, false, true}, {1, false, false}, {0, true, false}, {1, true, false}};
     for (auto const& c : cases) {
         FILE* f = std::fopen(path.c_str(), "wb");
-        ASSERT_NE(f, nullptr);
         int fd = fileno(f);
         {
             ZUMFileOutputStream out(f, c.owns);
@@ -85,10 +77,8 @@ TEST(FileStreams, WrittenFileReadsBackByteIdentical)
     TempDir dir;
     std::string path = dir.file("round.bin");
     for (std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{5} << 20}) {
-        std::string data = testBytes(size, 5);
-        if (size > 0) {
-            data[0] = '\xff';
-        }
+        std::string data = "\xff" + testBytes(size, 5);
+        data.resize(size);
         {
             ZUMFileOutputStream out(path.c_str(), 0);
             for (std::size_t at = 0; at < size; at += 65521) {

@@ -2,14 +2,12 @@
 
 #include "TestStreams.h"
 
+// Writes that fill the buffer go down in buffer-sized pieces, the rest at
+// flush(); a large write tops up the buffer, then passes the caller's bytes on.
 TEST(BufferedOutputStream, DownstreamSeesOnlyBufferSizedWritesUntilFlush)
 {
-    struct Case {
-        std::vector<int> writes;
-        std::vector<std::size_t> downstream;
-        int buffered;
-    } const cases[] = {
-        {{1, 1, 1}, {}, 3}, {{1, 1, 1, 1}, {4}, 0}, {{4}, {4}, 0},       {{9}, {4, 4}, 1},
+    struct Case { std::vector<int> writes; std::vector<std::size_t> downstream; int buffered; } const cases[] = {
+        {{1, 1, 1}, {}, 3}, {{1, 1, 1, 1}, {4}, 0}, {{4}, {4}, 0}, {{9}, {4, 4}, 1},
         {{3, 10}, {4, 4, 4}, 1}, {{2, 6}, {4, 4}, 0}, {{0, 5, 0}, {4}, 1},
     };
     std::string const all = testBytes(64);
@@ -27,7 +25,6 @@ TEST(BufferedOutputStream, DownstreamSeesOnlyBufferSizedWritesUntilFlush)
         EXPECT_EQ(down.all(), all.substr(0, at));
         EXPECT_EQ(down.flushes, 0);
     }
-    // A large write: top-up from the buffer, then pieces straight from the caller.
     RecordingOutputStream down;
     ZUMBufferedOutputStream out(down, 4);
     out.write(all.data(), 1);
@@ -36,45 +33,34 @@ TEST(BufferedOutputStream, DownstreamSeesOnlyBufferSizedWritesUntilFlush)
     EXPECT_NE(down.from[0], all.data());
 }
 
-TEST(BufferedOutputStream, FlushCloseUnwrapDestructionAndFailures)
+// close() passes nothing down, unWrap() flushes, the destructor drops what is
+// collected; a failed flush keeps the bytes. Bytes that would have to be
+// passed on need a downstream.
+TEST(BufferedOutputStream, FlushCloseUnwrapDestructionFailuresAndMisuse)
 {
     RecordingOutputStream down;
     {
-        ZUMBufferedOutputStream out(down, 8);
+        ZUMBufferedOutputStream out(down, 4);
         out.write("abc", 3);
         out.close();
         EXPECT_TRUE(down.writes.empty());
         out.unWrap();
-        EXPECT_EQ(down.all(), "abc");
         out.flush();  // empty and unwrapped: nothing
+        EXPECT_EQ(raised([&] { out.write(nullptr, 0); }), "RVKAssertError(RVK_ASSERT(bytes);) @-");
+        out.write("ab", 2);
+        std::string const unwrapped = "RVKAssertError(RVK_ASSERT(p_downstream);) @-";
+        EXPECT_EQ(raised([&] { out.write("cdef", 4); }), unwrapped);
+        EXPECT_EQ(raised([&] { out.write("0123456789", 10); }), unwrapped);
+        EXPECT_EQ(raised([&] { out.flush(); }), unwrapped);
         out.wrap(down);
-        out.write("de", 2);
+        EXPECT_EQ(raised([&] { out.wrap(down); }), "RVKAssertError(RVK_ASSERT(!p_downstream);) @-");
+        out.write("c", 1);
+        down.failAt(1, "disk full");
+        EXPECT_EQ(raised([&] { out.write("d", 1); }), "text: disk full");
+        out.write("e", 1);
+        out.flush();
+        out.write("fg", 2);
     }
-    EXPECT_EQ(down.all(), "abc");  // the destructor dropped "de"
-    EXPECT_EQ(down.flushes + down.closes, 0);
-
-    ZUMBufferedOutputStream out(down, 4);
-    out.write("abc", 3);
-    down.failAt(1, "disk full");
-    EXPECT_EQ(raised([&] { out.write("d", 1); }), "text: disk full");
-    out.write("e", 1);  // the failed flush kept the bytes
-    out.flush();
     EXPECT_EQ(down.writes, (std::vector<std::string>{"abc", "abcd", "e"}));
-}
-
-TEST(BufferedOutputStream, Misuse)
-{
-    ZUMBufferedOutputStream out(4);
-    EXPECT_EQ(raised([&] { out.write(nullptr, 0); }), "RVKAssertError(RVK_ASSERT(bytes);) @-");
-    out.write("ab", 2);
-    // Bytes that would have to be passed on need a downstream; none is taken.
-    std::string const unwrapped = "RVKAssertError(RVK_ASSERT(p_downstream);) @-";
-    EXPECT_EQ(raised([&] { out.write("cdef", 4); }), unwrapped);
-    EXPECT_EQ(raised([&] { out.write("0123456789", 10); }), unwrapped);
-    EXPECT_EQ(raised([&] { out.flush(); }), unwrapped);
-    RecordingOutputStream down;
-    out.wrap(down);
-    EXPECT_EQ(raised([&] { out.wrap(down); }), "RVKAssertError(RVK_ASSERT(!p_downstream);) @-");
-    out.flush();
-    EXPECT_EQ(down.all(), "ab");
+    EXPECT_EQ(down.flushes + down.closes, 0);
 }

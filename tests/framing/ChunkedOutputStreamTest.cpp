@@ -3,9 +3,9 @@
 #include "TestFiles.h"
 #include "TestStreams.h"
 
-namespace {
-
 using Writes = std::vector<std::string>;
+
+namespace {
 
 // Writes `body` to a chunked stream of `chunk` bytes, in pieces of varying
 // sizes, closes it and returns the bytes on the wire.
@@ -31,12 +31,7 @@ std::size_t const k_body_sizes[] = {0, 1, 3, 4, 5, 4095, 4096, 4097, 16383, 1638
 TEST(ChunkedOutputStream, WritePattern)
 {
     std::string const x(255, 'x'), y(4096, 'y');
-    struct Case {
-        int chunk;
-        std::string body;
-        bool flush_first;
-        Writes during_write, at_close;
-    } const cases[] = {
+    struct Case { int chunk; std::string body; bool flush_first; Writes during_write, at_close; } const cases[] = {
         {4, "abcdefghij", false, {"4\r\n", "abcd", "\r\n", "4\r\n", "efgh", "\r\n"}, {"2\r\n", "ij", "\r\n", "0\r\n\r\n"}},
         {5, "hello", false, {"5\r\n", "hello", "\r\n"}, {"0\r\n\r\n"}},
         {3, "hello", true, {"3\r\n", "hel", "\r\n"}, {"2\r\n", "lo", "\r\n", "0\r\n\r\n"}},

@@ -14,19 +14,16 @@ namespace {
 std::size_t readInto(ZUMInputStream& in, std::vector<char>& out, int count)
 {
     std::size_t done = 0;
-    for (int n, zeros = 0; zeros < 1000; zeros = n ? 0 : zeros + 1) {
+    for (int n = 0, zeros = 0; n >= 0 && zeros < 1000; zeros = n ? 0 : zeros + 1) {
         n = in.read(out.data() + done, std::min<int>(count, static_cast<int>(out.size() - done)));
-        if (n < 0) {
-            break;
-        }
-        done += static_cast<std::size_t>(n);
+        done += n > 0 ? static_cast<std::size_t>(n) : 0;
     }
     return done;
 }
 
 }  // namespace
 
-TEST(SteadyStateAllocation, ChunkedBlockLineAndGzipReadsAllocateNothing)
+TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
 {
     std::string body, data;
     for (int i = 0; i < 400; ++i) {
@@ -36,52 +33,38 @@ TEST(SteadyStateAllocation, ChunkedBlockLineAndGzipReadsAllocateNothing)
         body += size + chunk + "\r\n";
         data += chunk;
     }
-    body += "0\r\nX: y\r\n\r\n";
     // Two bodies one after the other: the first brings the buffer to its
     // working size (it grows once, when a size line straddles a refill), the
-    // second is read in steady state.
-    std::string const twice = body + body;
+    // second is read in steady state, its trailer line by line.
+    std::string const twice = body + "0\r\nX: y\r\n\r\n" + body + "0\r\nX: y\r\n\r\n";
     ZUMMemoryInputStream mem(twice.data(), static_cast<int>(twice.size()));
     ZUMBufferedInputStream bis(mem, 4096);
     ZUMChunkedInputStream first(bis), second(bis);
     RVKByteBuffer line(256, 256);
     std::vector<char> out(data.size() + 1);
-    auto decode = [&](ZUMChunkedInputStream& chunked) {
-        std::size_t done = readInto(chunked, out, 700);
-        for (line.reset(); bis.readline(line) > 2; line.reset()) {
-        }
-        return done;
-    };
-    ASSERT_EQ(std::string(out.data(), decode(first)), data);
+    ASSERT_EQ(readInto(first, out, 700), data.size());
+    while (bis.readline(line) > 2) {
+    }
     std::size_t before = allocationCount();
-    std::size_t done = decode(second);
+    std::size_t done = readInto(second, out, 700);
+    for (line.reset(); bis.readline(line) > 2; line.reset()) {
+    }
     EXPECT_EQ(allocationCount() - before, 0u) << "chunked";
-    EXPECT_EQ(std::string(out.data(), done), data);
+    EXPECT_TRUE(std::string(out.data(), done) == data);
 
-    ZUMMemoryInputStream mem2(data.data(), static_cast<int>(data.size()));
-    ZUMBlockInputStream block(mem2, 512);
-    block.resetBlockSize(static_cast<int>(data.size()));
-    ASSERT_EQ(block.read(out.data(), 100), 100);
-    before = allocationCount();
-    EXPECT_EQ(readInto(block, out, 100), data.size() - 100);
-    EXPECT_EQ(allocationCount() - before, 0u) << "block";
-
-    // After the first read of the gzip stream, and for the next member after
+    // After the first read of a gzip stream, also for the next member after
     // unWrap and wrap.
-    std::string content = mixedData(200000, 13);
-    std::string member = zlibDeflate(content);
+    std::string content = mixedData(200000, 13), member = zlibDeflate(content);
     ZUMMemoryInputStream gz_first(member.data(), static_cast<int>(member.size()));
     ZUMMemoryInputStream gz_second(member.data(), static_cast<int>(member.size()));
     ZUMGZIPInputStream gz(gz_first);
     std::vector<char> plain(content.size() + 1);
     ASSERT_EQ(gz.read(plain.data(), 1), 1);
     before = allocationCount();
-    std::size_t got = 1 + readInto(gz, plain, 3000);
+    EXPECT_EQ(readInto(gz, plain, 3000), content.size() - 1);
     gz.unWrap();
     gz.wrap(gz_second);
-    std::size_t got_again = readInto(gz, plain, 5000);
+    done = readInto(gz, plain, 5000);
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
-    EXPECT_EQ(got, content.size());
-    EXPECT_EQ(got_again, content.size());
-    EXPECT_TRUE(std::string(plain.data(), got_again) == content);
+    EXPECT_TRUE(std::string(plain.data(), done) == content);
 }
