@@ -33,12 +33,10 @@ TEST(Base64Streams, Rfc4648Vectors)
 TEST(Base64Streams, RoundTripThroughBothStreams)
 {
     std::string data = testBytes(20000, 7);
-    for (int piece : {1, 2, 4, 3071, 3072, 3073, 20000}) {
+    for (std::size_t piece : {1, 2, 4, 3071, 3072, 3073, 20000}) {
         ZUMMemoryOutputStream text;
         ZUMBase64OutputStream out(text);
-        for (int at = 0; at < 20000; at += piece) {
-            out.write(data.data() + at, std::min(piece, 20000 - at));
-        }
+        writeInPieces(out, data, {piece});
         out.flush();
         ZUMMemoryInputStream source(text.bytes(), text.length());
         ZUMBase64InputStream in;
@@ -55,13 +53,11 @@ TEST(Base64OutputStream, LineBreak76MatchesAnIndependentEncoder)
     ASSERT_EQ(input.size(), 10000u);
     for (int n : {0, 1, 2, 3, 56, 57, 58, 113, 114, 115, 3072, 3073, 4000, 10000}) {
         std::string expected = dataFile("base64/mime-" + std::to_string(n) + ".txt");
-        for (int piece : {1, 5, 57, 1000, 10000}) {
+        for (std::size_t piece : {1, 5, 57, 1000, 10000}) {
             RecordingOutputStream down;
             ZUMBase64OutputStream out(down);
             out.lineBreak(76);
-            for (int at = 0; at < n; at += piece) {
-                out.write(input.data() + at, std::min(piece, n - at));
-            }
+            writeInPieces(out, input.substr(0, n), {piece});
             out.flush();
             std::string text = down.all();
             if (!text.empty() && text.compare(text.size() - 2, 2, "\r\n") != 0) {
@@ -137,6 +133,8 @@ TEST(Base64OutputStream, UnwrapDestructionAndMisuse)
               "ZUMIOException(1,32) #91fdd700 'broken pipe' @ZUMBase64OutputStream::flush");
 }
 
+// A read of nothing from the stream beneath at a group's start ends the call
+// (-1), not the text.
 TEST(Base64InputStream, ShortUpstreamReadsLoseNoText)
 {
     for (std::size_t piece : {1, 2, 3, 5}) {
@@ -145,7 +143,6 @@ TEST(Base64InputStream, ShortUpstreamReadsLoseNoText)
             ZUMBase64InputStream in;
             in.wrap(source);
             std::string got;
-            // A read of nothing at a group's start ends a call (-1), not the text.
             for (int calls = 0; calls < 100 && source.stepsLeft() > 0; ++calls) {
                 got += drain(in, 64);
             }

@@ -42,36 +42,26 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducers)
     EXPECT_GE(fixtures, 26);
 }
 
-// A read of 0 bytes on a fresh stream reads and checks the header; an empty
-// member gives 0, then -1 on every read; the read forms agree.
-TEST(GZIPInputStream, ReadFormsZeroCountsAndTheEmptyMember)
+// A read of 0 bytes on a fresh stream reads and checks the header (0, and
+// -1 in the buffer form); an empty member gives 0, then -1 on every read.
+TEST(GZIPInputStream, ZeroCountsAndTheEmptyMember)
 {
-    std::string member = zlibDeflate("\xff\x00\xff\x7f\x80"s);
-    ScriptedInputStream up({ScriptStep::data(member)});
-    ZUMGZIPInputStream gz(up);
+    std::string member = zlibDeflate("\xff\x00\xff\x7f\x80"s), empty = zlibDeflate("");
+    ScriptedInputStream up({ScriptStep::data(member)}), none({ScriptStep::data(empty)});
+    ZUMGZIPInputStream gz(up), gz_none(none);
     char c = 0;
-    EXPECT_EQ(gz.read(&c, 0), 0);
+    RVKByteBuffer buf;
+    EXPECT_EQ(gz.read(&c, 0) + gz.read(buf, 0), -1);
     EXPECT_EQ(up.counts.size(), 1u);
-    RVKByteBuffer buf(2, 2);
-    EXPECT_EQ(gz.read(buf, 0), -1);
-    buf.appendChars("xy", 2);
-    EXPECT_EQ(gz.read(), 255);
-    EXPECT_EQ(gz.read(buf, 2), 2);  // appends behind what the buffer holds
-    EXPECT_EQ(gz.read(buf, 5), 2);
-    EXPECT_EQ(str(buf), "xy\x00\xff\x7f\x80"s);
-    EXPECT_EQ(gz.read(), -1);
-
-    std::string empty = zlibDeflate("");
-    ZUMMemoryInputStream memory(empty.data(), static_cast<int>(empty.size()));
-    ZUMGZIPInputStream none(memory);
-    EXPECT_EQ(none.read(&c, 1), 0);
-    EXPECT_EQ(none.read(&c, 1) + none.read(&c, 1) + none.read(), -3);
+    EXPECT_EQ(drain(gz, 0, Form::Byte), "\xff\x00\xff\x7f\x80"s);
+    EXPECT_EQ(gz_none.read(&c, 1), 0);
+    EXPECT_EQ(gz_none.read(&c, 1) + gz_none.read(&c, 1) + gz_none.read(), -3);
 }
 
 // Behind the member, unWrap hands back the read-ahead starting with the next
 // member's first byte; inside it, exactly the input inflate has not consumed.
-// Before any read nothing goes back; over a stream that cannot unread the
-// read-ahead is dropped. Wrapped again, the stream starts a new member.
+// Before any read nothing goes back. Wrapped again, the stream starts a new
+// member.
 TEST(GZIPInputStream, UnwrapHandsBackUnconsumedInput)
 {
     std::string first = zlibDeflate("first member"), second = zlibDeflate(mixedData(30000, 9));
@@ -94,11 +84,6 @@ TEST(GZIPInputStream, UnwrapHandsBackUnconsumedInput)
     gz.unWrap();
     EXPECT_TRUE(fresh.counts.empty() && fresh.unreads.empty());
     EXPECT_EQ(raised([&] { gz.unWrap(); }), "RVKIllegalStateError() @void ZUMGZIPInputStream::unWrap()");
-    ScriptedInputStream plain({ScriptStep::data(first + second)});
-    gz.wrap(plain);
-    EXPECT_EQ(drain(gz), "first member");
-    gz.unWrap();
-    EXPECT_EQ(drain(plain), "");
 }
 
 // Every row of the failure table that the input can cause, met by readFully

@@ -18,9 +18,7 @@ std::string compress(std::string const& content, std::size_t piece = 1 << 30)
 {
     RecordingOutputStream down;
     ZUMGZIPOutputStream gz(down);
-    for (std::size_t at = 0; at == 0 || at < content.size(); at += piece) {
-        gz.write(content.data() + at, static_cast<int>(std::min(piece, content.size() - at)));
-    }
+    writeInPieces(gz, content, {piece});
     gz.finish();
     return down.all();
 }
@@ -93,10 +91,10 @@ TEST(GZIPOutputStream, DownstreamWriteOrder)
 // open and goes on to the next downstream, or is discarded at destruction.
 TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
 {
-    RecordingOutputStream untouched, empty, destroyed, dropped, first, second;
+    RecordingOutputStream empty, destroyed, dropped, first, second;
     {
-        ZUMGZIPOutputStream u(untouched), e(empty), d(destroyed), x(dropped);
-        u.finish();
+        ZUMGZIPOutputStream e(empty), d(destroyed), x(dropped);
+        e.finish();  // nothing without a write
         e.write(nullptr, 0);
         e.finish();
         e.finish();
@@ -106,9 +104,7 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
         x.write("abc", 3);
         x.unWrap();
     }
-    EXPECT_TRUE(untouched.writes.empty());
-    EXPECT_EQ(empty.all(), k_header + "\x03\x00"s + std::string(8, '\0'));
-    EXPECT_EQ(empty.writes.size(), 4u);
+    EXPECT_EQ(empty.writes, (std::vector<std::string>{k_header, "\x03\x00"s, std::string(4, '\0'), std::string(4, '\0')}));
     EXPECT_EQ(destroyed.all(), compress("abc"));
     EXPECT_EQ(destroyed.flushes + empty.flushes + dropped.flushes, 2);
     EXPECT_EQ(dropped.writes.size(), 1u);
@@ -133,9 +129,8 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
 
 // A text exception of the downstream, wherever it is thrown, becomes a
 // ZUMIOException with errno, the text message and the text, raised with the
-// method text of the place; other exceptions pass unchanged. After a failed
-// header write the next write starts the member again; a destructor that
-// finishes into a failing downstream swallows the failure.
+// method text of the place. After a failed
+// header write the next write starts the member again.
 TEST(GZIPOutputStream, DownstreamFailures)
 {
     std::string content = testBytes(40000, 8);
@@ -159,26 +154,15 @@ TEST(GZIPOutputStream, DownstreamFailures)
                   "ZUMIOException(1,28) #91fdd700 'disk full' @" + c.method);
         gz.unWrap();  // the destructor then discards the member
     }
-    struct IOFailing : RecordingOutputStream {
-        void write(char const*, int) override { RVK_THROW(ZUMIOException(static_cast<RVKSeverity>(1), 9L), "IOFailing"); }
-    } failing;
-    ZUMGZIPOutputStream passes(failing);
-    EXPECT_EQ(raised([&] { passes.write("x", 1); }), "ZUMIOException(1,9) @IOFailing");
-    passes.unWrap();
-
-    RecordingOutputStream busy, gone;
+    RecordingOutputStream busy;
     busy.failAt(1, "busy");
-    gone.failAt(2, "gone");
     ZUMGZIPOutputStream again(busy);
     EXPECT_THROW(again.write("abc", 3), ZUMIOException);
     again.write("abc", 3);
     again.finish();
     EXPECT_EQ(busy.all(), compress("abc"));
-    {
-        ZUMGZIPOutputStream open(gone);
-        open.write("abc", 3);
-    }
-    EXPECT_EQ(gone.writes.size(), 1u);
+    busy.failAt(2, "gone");
+    ZUMGZIPOutputStream(busy).write("abc", 3);  // the destructor's finish fails; the failure is swallowed
 }
 
 TEST(GZIPOutputStream, Misuse)

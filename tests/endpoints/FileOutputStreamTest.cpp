@@ -81,9 +81,7 @@ TEST(FileStreams, WrittenFileReadsBackByteIdentical)
         data.resize(size);
         {
             ZUMFileOutputStream out(path.c_str(), 0);
-            for (std::size_t at = 0; at < size; at += 65521) {
-                out.write(data.data() + at, static_cast<int>(std::min<std::size_t>(65521, size - at)));
-            }
+            writeInPieces(out, data, {65521});
         }
         ZUMFileInputStream in(path.c_str());
         EXPECT_TRUE(drain(in, 100000) == data) << size;

@@ -13,10 +13,7 @@ std::string chunkedBody(std::string const& body, int chunk)
 {
     ZUMMemoryOutputStream wire;
     ZUMChunkedOutputStream out(wire, chunk);
-    static int const pieces[] = {1, 7, 100, 5000, 3, 20000};
-    for (std::size_t at = 0, i = 0; at < body.size(); at += pieces[i++ % 6]) {
-        out.write(body.data() + at, static_cast<int>(std::min<std::size_t>(pieces[i % 6], body.size() - at)));
-    }
+    writeInPieces(out, body, {1, 7, 100, 5000, 3, 20000});
     out.close();
     return std::string(wire.bytes(), static_cast<std::size_t>(wire.length()));
 }

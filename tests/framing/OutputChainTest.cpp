@@ -15,10 +15,7 @@ void writeChain(std::string const& path, std::string const& data, int chunk, int
     ZUMBufferedOutputStream buffered(file, buffer);
     ZUMChunkedOutputStream chunked(buffered, chunk);
     ZUMGZIPOutputStream gzip(chunked);
-    static int const pieces[] = {1, 13, 700, 5000, 40000};
-    for (std::size_t at = 0, i = 0; at < data.size(); at += pieces[i++ % 5]) {
-        gzip.write(data.data() + at, static_cast<int>(std::min<std::size_t>(pieces[i % 5], data.size() - at)));
-    }
+    writeInPieces(gzip, data, {1, 13, 700, 5000, 40000});
     gzip.finish();
     chunked.close();
     buffered.flush();

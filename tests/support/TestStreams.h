@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -143,20 +144,11 @@ public:
 
     // The n-th write from now (n >= 1) throws `text`; with n == 0 every flush does.
     void failAt(int n, char const* text) { m_fail_call = n ? m_calls + n : 0, m_fail_text = text; }
-    std::string all() const
-    {
-        std::string joined;
-        for (auto const& w : writes) {
-            joined += w;
-        }
-        return joined;
-    }
+    std::string all() const { return std::accumulate(writes.begin(), writes.end(), std::string()); }
     std::vector<std::size_t> sizes() const
     {
-        std::vector<std::size_t> s;
-        for (auto const& w : writes) {
-            s.push_back(w.size());
-        }
+        std::vector<std::size_t> s(writes.size());
+        std::transform(writes.begin(), writes.end(), s.begin(), [](std::string const& w) { return w.size(); });
         return s;
     }
 
@@ -174,7 +166,18 @@ inline std::string str(RVKByteBuffer const& b)
     return std::string(b.str(), static_cast<std::size_t>(b.pcount()));
 }
 
-enum class Form { Buffer, Array, Byte };
+// Writes `bytes` to `out` in writes of the sizes in `pieces`, taken in turn
+// (at least one write, of 0 bytes for no bytes).
+inline void writeInPieces(ZUMOutputStream& out, std::string const& bytes, std::vector<std::size_t> const& pieces)
+{
+    for (std::size_t at = 0, i = 0; at == 0 || at < bytes.size(); at += pieces[i++ % pieces.size()]) {
+        out.write(bytes.data() + at, static_cast<int>(std::min(pieces[i % pieces.size()], bytes.size() - at)));
+    }
+}
+
+// The read form a test drains a stream with; Line is readline() of a
+// buffered stream.
+enum class Form { Buffer, Array, Byte, Line };
 
 // Reads `in` until -1 with reads of `count` in the given form and returns
 // everything; the size of each read above 0 goes to `sizes` if given. Gives
@@ -185,8 +188,8 @@ inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form:
     RVKByteBuffer got(0, 256);
     std::vector<char> buf(static_cast<std::size_t>(count > 0 ? count : 1));
     for (int n = 0, empty = 0; n >= 0 && empty < 10000; empty = n ? 0 : empty + 1) {
-        if (form == Form::Buffer) {
-            n = in.read(got, count);
+        if (form == Form::Buffer || form == Form::Line) {
+            n = form == Form::Line ? dynamic_cast<ZUMBufferedInputStream&>(in).readline(got) : in.read(got, count);
         } else {
             n = form == Form::Array ? in.read(buf.data(), count) : in.read();
             n = form == Form::Byte && n >= 0 ? (buf[0] = static_cast<char>(n), 1) : n;
