@@ -7,41 +7,30 @@
 
 using Writes = std::vector<std::string>;
 
-// Both ways, the input stream in every read form.
-TEST(Base64Streams, Rfc4648Vectors)
+// Both ways: the RFC 4648 vectors, and random bytes of every value written
+// in pieces of every alignment; the input stream in every read form.
+TEST(Base64Streams, Rfc4648VectorsAndRoundTrips)
 {
-    struct Case { char const *bytes, *text; } const cases[] = {
-        {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="},
-        {"foobar", "Zm9vYmFy"}};
+    std::string const data = testBytes(20000, 7);
+    struct Case { std::string bytes, text; std::size_t piece; } const cases[] = {
+        {"", "", 1},    {"f", "Zg==", 1},   {"fo", "Zm8=", 1},  {"foo", "Zm9v", 1},  {"foob", "Zm9vYg==", 1},
+        {"fooba", "Zm9vYmE=", 2}, {"foobar", "Zm9vYmFy", 6}, {data, "", 1}, {data, "", 4}, {data, "", 3071},
+        {data, "", 3072}, {data, "", 3073}, {data, "", 20000},
+    };
     for (auto const& c : cases) {
         RecordingOutputStream down;
         ZUMBase64OutputStream out(down);
-        out.write(c.bytes, static_cast<int>(std::strlen(c.bytes)));
+        writeInPieces(out, c.bytes, {c.piece});
         out.flush();
-        EXPECT_EQ(down.all(), c.text) << c.bytes;
-        for (auto [count, form] : {std::pair{1, Form::Array}, {2, Form::Array}, {64, Form::Array}, {0, Form::Byte},
+        std::string const text = down.all();
+        EXPECT_TRUE(c.text.empty() ? text.size() == (c.bytes.size() + 2) / 3 * 4 : text == c.text) << c.text;
+        for (auto [count, form] : {std::pair{1, Form::Array}, {2, Form::Array}, {1000, Form::Array}, {0, Form::Byte},
                                    {4, Form::Buffer}}) {
-            ZUMMemoryInputStream text(c.text, static_cast<int>(std::strlen(c.text)));
+            ZUMMemoryInputStream source(text.data(), static_cast<int>(text.size()));
             ZUMBase64InputStream in;
-            in.wrap(text);
-            EXPECT_EQ(drain(in, count, form), c.bytes) << c.text << " read by " << count;
+            in.wrap(source);
+            EXPECT_TRUE(drain(in, count, form) == c.bytes) << c.text << " read by " << count;
         }
-    }
-}
-
-// Random bytes of every value, written in pieces of every alignment, come back.
-TEST(Base64Streams, RoundTripThroughBothStreams)
-{
-    std::string data = testBytes(20000, 7);
-    for (std::size_t piece : {1, 2, 4, 3071, 3072, 3073, 20000}) {
-        ZUMMemoryOutputStream text;
-        ZUMBase64OutputStream out(text);
-        writeInPieces(out, data, {piece});
-        out.flush();
-        ZUMMemoryInputStream source(text.bytes(), text.length());
-        ZUMBase64InputStream in;
-        in.wrap(source);
-        EXPECT_TRUE(drain(in, 1000) == data) << "pieces of " << piece;
     }
 }
 
@@ -135,7 +124,7 @@ TEST(Base64OutputStream, UnwrapDestructionAndMisuse)
 
 // A read of nothing from the stream beneath at a group's start ends the call
 // (-1), not the text.
-TEST(Base64InputStream, ShortUpstreamReadsLoseNoText)
+TEST(Base64InputStream, ShortUpstreamReadsWrapUnwrapAndFailures)
 {
     for (std::size_t piece : {1, 2, 3, 5}) {
         for (bool zeros : {false, true}) {
@@ -149,10 +138,6 @@ TEST(Base64InputStream, ShortUpstreamReadsLoseNoText)
             EXPECT_EQ(got, "foobarfoobar") << "pieces of " << piece << (zeros ? " with zeros" : "");
         }
     }
-}
-
-TEST(Base64InputStream, WrapUnwrapAndFailures)
-{
     ZUMBase64InputStream in;
     char buf[8];
     EXPECT_EQ(raised([&] { in.read(buf, 4); }), "RVKIllegalStateError() @ZUMBase64InputStream::read");
@@ -169,10 +154,12 @@ TEST(Base64InputStream, WrapUnwrapAndFailures)
     EXPECT_FALSE(in.canUnread());
     EXPECT_THROW(in.unread("x", 1), char const*);
 
-    ScriptedInputStream source({ScriptStep::data("Zm"), ScriptStep::throwText("not implemented"), ScriptStep::throwIO()});
+    ScriptedInputStream source(
+        {ScriptStep::data("Zm"), ScriptStep::throwText("not implemented"), ScriptStep::throwIO()});
     ZUMBase64InputStream failing;
     failing.wrap(source);
     EXPECT_EQ(raised([&] { errno = 3, failing.read(buf, 3); }),
               "ZUMIOException(1,3) #91fdd700 'not implemented' @ZUMBase64InputStream::read");
     EXPECT_EQ(raised([&] { failing.read(buf, 3); }), "ZUMIOException(1,5) @ScriptedInputStream::read");
 }
+

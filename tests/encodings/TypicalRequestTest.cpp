@@ -29,32 +29,32 @@ std::string chunkedBody(std::string const& body, std::size_t chunk)
 TEST(TypicalRequest, HeadersChunkedGzipBodyAndTrailerFromOneBufferedStream)
 {
     std::string const text = mixedData(70000, 21), noise = testBytes(50000, 22), after = "AFTER THE MEMBER";
-    struct Case { bool gzip, owned; std::string content, after_member; std::size_t chunk; int buffer; } const cases[] = {
+    struct Case { bool gzip, owned; std::string content, after_member; std::size_t chunk; int buffer; };
+    Case const cases[] = {
         {false, false, "hello, world!", "", 5, 16},      {false, true, "hello, world!", "", 5, 16},
-        {true, false, "Hello, gzip!", "", 1000, 64},     {true, false, text, "", 7, 100},
-        {true, false, text, "", 5000, 4096},             {true, false, noise, "", 20000, 1000},
-        {true, false, noise, "", 16384, 16384},          {true, false, text, after, 3000, 512},
-        {true, true, text, after, 3000, 512},            {true, false, "", "", 4, 16},
+        {true, false, text, "", 7, 100},                 {true, false, text, "", 5000, 4096},
+        {true, false, noise, "", 20000, 1000},           {true, false, noise, "", 16384, 16384},
+        {true, false, text, after, 3000, 512},           {true, true, text, after, 3000, 512},
+        {true, false, "", "", 4, 16},
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.gzip << c.owned << " " << c.content.size() << " bytes in " << c.chunk);
         RecordingOutputStream member;
-        ZUMGZIPOutputStream(member).write(c.content.data(), static_cast<int>(c.content.size()));  // finished at destruction
+        // The member, finished by the destructor of the writer.
+        ZUMGZIPOutputStream(member).write(c.content.data(), static_cast<int>(c.content.size()));
         std::string const message = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nTransfer-Encoding: chunked\r\n\r\n" +
                                     chunkedBody(c.gzip ? member.all() + c.after_member : c.content, c.chunk) + "NEXT";
         // 1, 2. The buffered stream on the message, the header lines up to the empty line.
         ZUMMemoryInputStream source(message.data(), static_cast<int>(message.size()));
         ZUMBufferedInputStream bis(source, c.buffer);
         RVKByteBuffer line(0, 128);
-        int headers = 0;
-        for (; bis.readline(line) > 2 && headers < 10; line.reset()) {
-            ++headers;
+        for (int n : {17, 24, 28, 2}) {
+            ASSERT_EQ(bis.readline(line), n) << str(line);
         }
-        ASSERT_EQ(headers, 3);
         // 3. A chunked stream on the caller's buffered stream (or on its own,
         //    reading from ours), a gzip stream on the chunked stream.
-        std::unique_ptr<ZUMChunkedInputStream> chunked(c.owned ? new ZUMChunkedInputStream(static_cast<ZUMInputStream&>(bis), 8)
-                                                               : new ZUMChunkedInputStream(bis));
+        std::unique_ptr<ZUMChunkedInputStream> chunked(
+            c.owned ? new ZUMChunkedInputStream(static_cast<ZUMInputStream&>(bis), 8) : new ZUMChunkedInputStream(bis));
         ZUMGZIPInputStream gz;
         ZUMInputStream* top = chunked.get();
         if (c.gzip) {

@@ -61,7 +61,8 @@ TEST(Throwables, CloneAndHurlKeepTheClassTextCodeAndMessages)
         {[] { return new RVKUnexpectedError(7, "t"); }, "RVKUnexpectedError(t) @- @m"},
         {[] { return new RVKOutOfMemoryError(7, "t"); }, "RVKOutOfMemoryError(t) @- @m"},
         {[] { return new RVKStdExceptionError(k_std_error); }, "RVKStdExceptionError(standard failure) @- @m"},
-        {[=] { return &(*new RVKException(error, 7L) << kept << numbered); }, "RVKException(1,7) 'kept' #91fe8ba5 @- @m"},
+        {[=] { return &(*new RVKException(error, 7L) << kept << numbered); },
+         "RVKException(1,7) 'kept' #91fe8ba5 @- @m"},
         {[=] { return &(*new ZUMIOException(error, 7L) << kept); }, "ZUMIOException(1,7) 'kept' @- @m"},
         {[=] { return &(*new ZUMIOTimeoutException(error, 7L) << kept); }, "ZUMIOTimeoutException(1,7) 'kept' @- @m"},
         {[=] { return &(*new ZUMIOCancelException(error, 7L) << kept); }, "ZUMIOCancelException(1,7) 'kept' @- @m"},
@@ -108,7 +109,8 @@ TEST(RVKMacros, AssertRaisesItsTextAndTheGuardMapsFailures)
     EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new YieldsNull); }), "RVKOutOfMemoryError() @- @-");
     EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new ThrowsBadAlloc); }), "RVKOutOfMemoryError() @-");
     EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new ThrowsStd); }), "RVKStdExceptionError(too long) @-");
-    EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new ThrowsCore); }), "RVKIllegalStateError() @ThrowsCore::ThrowsCore @-");
+    EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new ThrowsCore); }),
+              "RVKIllegalStateError() @ThrowsCore::ThrowsCore @-");
     EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new ThrowsText); }), "text: plain text");
     EXPECT_EQ(raised([] { delete RVK_GUARDED_NEW(new int); }), "none");
 }

@@ -14,16 +14,6 @@ public:
     int read() override { return p_upstream->read(); }
 };
 
-// An output filter that counts its flushes and otherwise keeps the base's
-// flush and close.
-class CountingFilter : public ZUMFilterOutputStream {
-public:
-    explicit CountingFilter(ZUMOutputStream& downstream) : ZUMFilterOutputStream(downstream) {}
-    void write(char const* bytes, int count) override { p_downstream->write(bytes, count); }
-    void flush() override { ++flushes, ZUMFilterOutputStream::flush(); }
-    int flushes = 0;
-};
-
 std::string const k_not_wrapped = "RVKIllegalStateError() @ZUMFilterInputStream::unWrap - stream not wrapped";
 
 }  // namespace
@@ -49,36 +39,4 @@ TEST(ZUMFilterInputStream, WrapAndUnWrapCheckTheirState)
     EXPECT_EQ(raised([&] { g.unWrap(); }), k_not_wrapped);
     g.wrap(memory);
     EXPECT_EQ(g.read(), 'b');
-}
-
-// Wrapped, a filter passes timeout, cancel and close on to the stream beneath
-// (which refuses the first two here).
-TEST(ZUMFilterInputStream, PassesCloseTimeoutAndCancelThroughAStack)
-{
-    ZUMMemoryInputStream memory("ab", 2);
-    PassFilter bottom(&memory), top(&bottom);
-    EXPECT_THROW(top.setTimeout(5), RVKUnsupportedOperationError);
-    EXPECT_THROW(top.setCancel(1), RVKUnsupportedOperationError);
-    EXPECT_THROW(top.cancel(), RVKUnsupportedOperationError);
-    top.close();
-    EXPECT_FALSE(memory.isOpen());
-    EXPECT_EQ(top.getUpstream(), &bottom);
-}
-
-TEST(ZUMFilterOutputStream, WrapAndUnWrapAssertTheirStateAndUnWrapFlushesOnce)
-{
-    RecordingOutputStream a, b;
-    {
-        CountingFilter f(a);
-        EXPECT_EQ(raised([&] { f.wrap(b); }), "RVKAssertError(RVK_ASSERT(!p_downstream);) @-");
-        f.write("1", 1);
-        f.close();  // the base's flush and close pass nothing down
-        f.unWrap();
-        EXPECT_EQ(raised([&] { f.unWrap(); }), "RVKAssertError(RVK_ASSERT(p_downstream);) @-");
-        EXPECT_EQ(f.flushes, 1);
-        f.wrap(b);
-        f.write("2", 1);
-    }  // destroying a wrapped filter leaves the stream beneath alone
-    EXPECT_EQ(a.all() + b.all(), "12");
-    EXPECT_EQ(a.flushes + a.closes + b.flushes + b.closes, 0);
 }

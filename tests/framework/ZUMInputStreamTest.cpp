@@ -15,14 +15,6 @@ public:
     ScriptedInputStream inner;
 };
 
-// A stream whose reads deliver nothing; it ends only after a million calls.
-class ZeroStream : public ZUMInputStream {
-public:
-    int read(RVKByteBuffer&, int) override { return ++calls < 1000000 ? 0 : -1; }
-    int read() override { return -1; }
-    int calls = 0;
-};
-
 }  // namespace
 
 // The array read goes through the byte-buffer read; readFully loops over
@@ -33,11 +25,8 @@ TEST(ZUMInputStreamDefaults, ArrayReadAndReadFully)
     DefaultsStream s({ScriptStep::data("abcdef"), ScriptStep::zero(), ScriptStep::throwIO(), ScriptStep::data("0123"),
                       ScriptStep::zero(), ScriptStep::data("456789XY"), ScriptStep::data("12345")});
     char buf[11] = "##########";
-    EXPECT_EQ(s.read(nullptr, 10) + s.read(buf, 0) + s.read(buf, -3) + s.readFully(buf, 0), 0);
-    EXPECT_TRUE(s.inner.counts.empty());
-    EXPECT_EQ(s.read(buf, 4), 4);
-    EXPECT_EQ(s.read(buf + 4, 8), 2);
-    EXPECT_EQ(s.read(buf, 8), 0);
+    EXPECT_EQ(s.read(nullptr, 10) + s.read(buf, 0) + s.read(buf, -3) + s.readFully(buf, 0), 0);  // no read
+    EXPECT_EQ(s.read(buf, 4) + s.read(buf + 4, 8) + s.read(buf, 8), 6);
     EXPECT_EQ(std::string(buf, 8), "abcdef##");
     EXPECT_THROW(s.read(buf, 8), ZUMIOException);
     EXPECT_EQ(s.readFully(buf, 10), 10);
@@ -47,9 +36,9 @@ TEST(ZUMInputStreamDefaults, ArrayReadAndReadFully)
     EXPECT_EQ(s.readFully(buffer, 10), -1);
     EXPECT_EQ(str(buffer), "pre:XY12345");
     EXPECT_EQ(s.inner.counts, (std::vector<int>{4, 8, 8, 8, 10, 6, 6, 10, 8, 3}));
-    ZeroStream zeros;
+    ScriptedInputStream zeros(std::vector<ScriptStep>(100000, ScriptStep::zero()));
     EXPECT_EQ(zeros.readFully(buffer, 1) + zeros.readFully(buf, 1), -2);
-    EXPECT_LT(zeros.calls, 1000000);
+    EXPECT_LT(zeros.counts.size(), 100000u);
     EXPECT_THROW(s.readFully(buffer, -1), RVKIllegalArgumentError);
     EXPECT_THROW(s.readFully(static_cast<char*>(nullptr), 2), RVKIllegalArgumentError);
     EXPECT_THROW(s.readFully(buf, -2), RVKIllegalArgumentError);

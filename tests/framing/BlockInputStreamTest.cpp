@@ -2,7 +2,7 @@
 
 #include "TestStreams.h"
 
-TEST(BlockInputStream, DeliversBlocksOneAfterAnotherWithUnreadBytesInThem)
+TEST(BlockInputStream, DeliversBlocksWithUnreadBytesInThemAndUnWrapHandsReadAheadBack)
 {
     ZUMMemoryInputStream mem("0123456789abcdefgh", 18);
     ZUMBlockInputStream block(mem, 3);
@@ -22,12 +22,10 @@ TEST(BlockInputStream, DeliversBlocksOneAfterAnotherWithUnreadBytesInThem)
     EXPECT_EQ(drain(block, 100), "abcdefgh");
     block.resetBlockSize(5);
     EXPECT_EQ(block.read(buf, 3), -1);  // the stream beneath has ended
-}
 
-TEST(BlockInputStream, UnWrapHandsReadAheadBackFromAnOwnedOrALentStream)
-{
-    ZUMMemoryInputStream mem("0123456789", 10), mem2("0123456789", 10);
-    ZUMBufferedInputStream lower(mem, 10), lent(mem2, 8);
+    // unWrap hands the read-ahead back from an owned or a lent buffered stream.
+    ZUMMemoryInputStream mem1("0123456789", 10), mem2("0123456789", 10);
+    ZUMBufferedInputStream lower(mem1, 10), lent(mem2, 8);
     ZUMBlockInputStream owned(lower, 8), borrowing(lent);
     for (ZUMBlockInputStream* block : {&owned, &borrowing}) {
         block->resetBlockSize(3);

@@ -10,13 +10,9 @@
 
 TEST(ChunkedFixtures, DecodeByteForByteUnderEveryReadPattern)
 {
-    struct Pattern {
-        std::size_t piece;  // bytes per upstream read, 0: all at once
-        bool zeros;         // an empty upstream read after each piece
-        int bis_size;
-        Form form;
-        int count;
-    } const patterns[] = {
+    // Bytes per upstream read (0: all at once), an empty read after each piece,
+    // the buffered stream's size, and the read form and count on the chunked stream.
+    struct Pattern { std::size_t piece; bool zeros; int bis_size; Form form; int count; } const patterns[] = {
         {0, false, 4096, Form::Buffer, 1 << 20},  // one long read
         {1, false, 64, Form::Buffer, 100},       {1, true, 1, Form::Buffer, 100},
         {1, true, 7, Form::Array, 7},            {5, true, 3, Form::Byte, 0},

@@ -28,9 +28,7 @@ TEST(OutputChain, GzipChunkedBufferedFileReadsBackThroughOurChainAndIndependentT
 {
     TempDir dir;
     std::string const data = mixedData(150000, 3);
-    struct Sizes {
-        int chunk, buffer;
-    };
+    struct Sizes { int chunk, buffer; };
     for (Sizes s : {Sizes{4096, 8192}, Sizes{1000, 4096}, Sizes{16384, 1000}, Sizes{7, 3}}) {
         std::string path = dir.file("body-" + std::to_string(s.chunk) + "-" + std::to_string(s.buffer));
         writeChain(path, data, s.chunk, s.buffer);
@@ -51,7 +49,8 @@ TEST(OutputChain, GzipChunkedBufferedFileReadsBackThroughOurChainAndIndependentT
     }
     // De-chunk with Python's HTTP client (to path.out), then gunzip.
     std::string path = dir.file("body-4096-8192");
-    ASSERT_TRUE(runCommand("python3 " + shellQuoted(ZUM_TEST_DATA_DIR "/chunked/dechunk.py") + " " + shellQuoted(path)));
+    std::string dechunk = "python3 " + shellQuoted(ZUM_TEST_DATA_DIR "/chunked/dechunk.py") + " ";
+    ASSERT_TRUE(runCommand(dechunk + shellQuoted(path)));
     ASSERT_TRUE(runCommand("gzip -dc < " + shellQuoted(path + ".out") + " > " + shellQuoted(path + ".plain")));
     EXPECT_TRUE(readFile(path + ".plain") == data);
 }
