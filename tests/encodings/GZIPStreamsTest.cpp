@@ -43,7 +43,7 @@ std::string decodeWithOurReader(std::string const& member)
 // (every combination of FEXTRA, FNAME, FCOMMENT and FHCRC, a wrong header
 // CRC16 included) decode byte for byte, whole and in 7-byte upstream pieces
 // that split the header and trailer across refills, which ask for 16384.
-TEST(GZIPInputStream, DecodesMembersOfOtherProducers)
+TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
 {
     std::istringstream list(dataFile("gzip/fixtures.txt"));
     int fixtures = 0;
@@ -59,6 +59,7 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducers)
         EXPECT_EQ(pieces.counts, std::vector<int>(pieces.counts.size(), 16384));
     }
     EXPECT_GE(fixtures, 26);
+
     // A read of 0 bytes on a fresh stream reads and checks the header (0, and
     // -1 in the buffer form); an empty member gives 0, then -1 on every read.
     std::string member = zlibDeflate("\xff\x00\xff\x7f\x80"s), empty = zlibDeflate("");
@@ -285,8 +286,8 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
 
 // A text exception of the downstream, wherever it is thrown, becomes a
 // ZUMIOException with errno, the text message and the text, raised with the
-// method text of the place. After a failed
-// header write the next write starts the member again.
+// method text of the place. After a failed header write the next write starts
+// the member again; a failure in the destructor is swallowed.
 TEST(GZIPOutputStream, DownstreamFailuresAndMisuse)
 {
     std::string content = testBytes(40000, 8);
