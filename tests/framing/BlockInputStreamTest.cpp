@@ -1,62 +1,38 @@
 #include <gtest/gtest.h>
 
-#include "FramingTestUtil.h"
 #include "TestStreams.h"
-#include "ZUMBlockInputStream.h"
 
-TEST(BlockInputStream, DeliversBlocksOneAfterAnother)
+TEST(BlockInputStream, DeliversBlocksWithUnreadBytesInThemAndUnWrapHandsReadAheadBack)
 {
-    ZUMMemoryInputStream mem("0123456789", 10);
+    ZUMMemoryInputStream mem("0123456789abcdefgh", 18);
     ZUMBlockInputStream block(mem, 3);
-    char buf[100];
-    EXPECT_EQ(block.read(buf, 100), -1);  // no block opened yet
+    EXPECT_EQ(block.read(), -1);  // no block opened yet
     block.resetBlockSize(4);
-    EXPECT_EQ(readAll(block, 100), "0123");
-    block.resetBlockSize(6);
-    EXPECT_EQ(readAll(block, 100), "456789");
-    block.resetBlockSize(5);
-    EXPECT_EQ(block.read(buf, 100), -1);  // the stream beneath has ended
-    EXPECT_EQ(block.read(), -1);
-
-    ZUMMemoryInputStream mem2("abcdef", 6);
-    ZUMBlockInputStream bytes(mem2, 16);
-    bytes.resetBlockSize(3);
-    EXPECT_EQ(readAllBytes(bytes), "abc");
-}
-
-TEST(BlockInputStream, UnreadBytesBelongToTheCurrentOrNextBlock)
-{
-    ZUMMemoryInputStream mem("abcdefgh", 8);
-    ZUMBlockInputStream block(mem, 16);
+    EXPECT_EQ(drain(block, 100), "0123");
     block.resetBlockSize(5);
     char buf[3];
-    ASSERT_EQ(block.read(buf, 3), 3);
-    block.unread("XY", 2);
-    EXPECT_EQ(readAll(block, 100), "XYde");
-
-    // After the end of a block: kept for the next one.
-    block.unread("Z", 1);
+    ASSERT_EQ(block.read(buf, 2), 2);
+    block.unread("XY", 2);  // inside a block: part of it
+    EXPECT_EQ(drain(block, 100, Form::Byte), "XY678");
+    block.unread("Z", 1);  // after its end: kept for the next one
     EXPECT_EQ(block.read(), -1);
     block.resetBlockSize(2);
-    EXPECT_EQ(readAll(block, 100), "Zf");
-}
+    EXPECT_EQ(drain(block, 100, Form::Array), "Z9");
+    block.resetBlockSize(50);
+    EXPECT_EQ(drain(block, 100), "abcdefgh");
+    block.resetBlockSize(5);
+    EXPECT_EQ(block.read(buf, 3), -1);  // the stream beneath has ended
 
-TEST(BlockInputStream, UnWrapHandsReadAheadBackOnlyFromAnOwnedStream)
-{
-    ZUMMemoryInputStream mem("0123456789", 10);
-    ZUMBufferedInputStream lower(mem, 10);
-    ZUMBlockInputStream owned(lower, 8);
-    owned.resetBlockSize(3);
-    EXPECT_EQ(readAll(owned, 100), "012");
-    owned.unWrap();
-    EXPECT_EQ(readAll(lower, 100), "3456789");
-
-    ZUMMemoryInputStream mem2("0123456789", 10);
-    ZUMBufferedInputStream lent(mem2, 8);
-    ZUMBlockInputStream borrowing(lent);
-    borrowing.resetBlockSize(3);
-    EXPECT_EQ(readAll(borrowing, 100), "012");
-    borrowing.unWrap();
+    // unWrap hands the read-ahead back from an owned or a lent buffered stream.
+    ZUMMemoryInputStream mem1("0123456789", 10), mem2("0123456789", 10);
+    ZUMBufferedInputStream lower(mem1, 10), lent(mem2, 8);
+    ZUMBlockInputStream owned(lower, 8), borrowing(lent);
+    for (ZUMBlockInputStream* block : {&owned, &borrowing}) {
+        block->resetBlockSize(3);
+        EXPECT_EQ(drain(*block, 100), "012");
+        block->unWrap();
+    }
+    EXPECT_EQ(drain(lower, 100), "3456789");
     EXPECT_EQ(lent.getUpstream(), &mem2);
-    EXPECT_EQ(readAll(lent, 100), "3456789");
+    EXPECT_EQ(drain(lent, 100), "3456789");
 }

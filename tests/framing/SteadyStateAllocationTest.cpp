@@ -1,18 +1,31 @@
 // Reads in steady state allocate nothing: the buffered stream reuses its
-// buffer for every refill and line, the chunked stream its chunk-size line.
+// buffer for every refill and line, the chunked stream its chunk-size line,
+// the gzip stream its zlib record and input buffer.
 
 #include <gtest/gtest.h>
 
-#include "AllocationCounter.h"
-#include "FramingTestUtil.h"
-#include "ZUMBlockInputStream.h"
-#include "ZUMChunkedInputStream.h"
-#include "ZUMMemoryInputStream.h"
+#include "TestFiles.h"
+#include "TestStreams.h"
 
-TEST(SteadyStateAllocation, ChunkedBlockAndLineReadsAllocateNothing)
+namespace {
+
+// Reads `in` to -1 into `out` (which has room to spare) in reads of at most
+// `count`; returns the length.
+std::size_t readInto(ZUMInputStream& in, std::vector<char>& out, int count)
 {
-    std::string body;
-    std::string data;
+    std::size_t done = 0;
+    for (int n = 0, zeros = 0; n >= 0 && zeros < 1000; zeros = n ? 0 : zeros + 1) {
+        n = in.read(out.data() + done, std::min<int>(count, static_cast<int>(out.size() - done)));
+        done += n > 0 ? static_cast<std::size_t>(n) : 0;
+    }
+    return done;
+}
+
+}  // namespace
+
+TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
+{
+    std::string body, data;
     for (int i = 0; i < 400; ++i) {
         std::string chunk(static_cast<std::size_t>(100 + i % 900), static_cast<char>('a' + i % 26));
         char size[32];
@@ -20,45 +33,38 @@ TEST(SteadyStateAllocation, ChunkedBlockAndLineReadsAllocateNothing)
         body += size + chunk + "\r\n";
         data += chunk;
     }
-    body += "0\r\nX: y\r\n\r\n";
-
     // Two bodies one after the other: the first brings the buffer to its
     // working size (it grows once, when a size line straddles a refill), the
-    // second is read in steady state.
-    std::string const twice = body + body;
+    // second is read in steady state, its trailer line by line.
+    std::string const twice = body + "0\r\nX: y\r\n\r\n" + body + "0\r\nX: y\r\n\r\n";
     ZUMMemoryInputStream mem(twice.data(), static_cast<int>(twice.size()));
     ZUMBufferedInputStream bis(mem, 4096);
-    ZUMChunkedInputStream first(bis);
-    ZUMChunkedInputStream second(bis);
+    ZUMChunkedInputStream first(bis), second(bis);
     RVKByteBuffer line(256, 256);
-    std::vector<char> out(data.size());
-    auto decode = [&](ZUMChunkedInputStream& chunked) {
-        std::size_t done = 0;
-        for (int n; (n = chunked.read(out.data() + done, 700)) > 0;) {
-            done += static_cast<std::size_t>(n);
-        }
-        for (line.reset(); bis.readline(line) > 2; line.reset()) {
-        }
-        return done;
-    };
-    ASSERT_EQ(std::string(out.data(), decode(first)), data);
+    std::vector<char> out(data.size() + 1);
+    ASSERT_EQ(readInto(first, out, 700), data.size());
+    while (bis.readline(line) > 2) {
+    }
     std::size_t before = allocationCount();
-    std::size_t done = decode(second);
-    EXPECT_EQ(allocationCount() - before, 0u);
-    EXPECT_EQ(std::string(out.data(), done), data);
+    std::size_t done = readInto(second, out, 700);
+    for (line.reset(); bis.readline(line) > 2; line.reset()) {
+    }
+    EXPECT_EQ(allocationCount() - before, 0u) << "chunked";
+    EXPECT_TRUE(std::string(out.data(), done) == data);
 
-    // A block stream reading lines of text, likewise.
-    std::string lines;
-    for (int i = 0; i < 2000; ++i) {
-        lines += "line " + std::to_string(i) + "\r\n";
-    }
-    ZUMMemoryInputStream mem2(lines.data(), static_cast<int>(lines.size()));
-    ZUMBlockInputStream block(mem2, 512);
-    block.resetBlockSize(static_cast<int>(lines.size()));
-    char buf[100];
-    ASSERT_EQ(block.read(buf, 100), 100);
+    // After the first read of a gzip stream, also for the next member after
+    // unWrap and wrap.
+    std::string content = mixedData(200000, 13), member = zlibDeflate(content);
+    ZUMMemoryInputStream gz_first(member.data(), static_cast<int>(member.size()));
+    ZUMMemoryInputStream gz_second(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream gz(gz_first);
+    std::vector<char> plain(content.size() + 1);
+    ASSERT_EQ(gz.read(plain.data(), 1), 1);
     before = allocationCount();
-    while (block.read(buf, 100) > 0) {
-    }
-    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_EQ(readInto(gz, plain, 3000), content.size() - 1);
+    gz.unWrap();
+    gz.wrap(gz_second);
+    done = readInto(gz, plain, 5000);
+    EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
+    EXPECT_TRUE(std::string(plain.data(), done) == content);
 }

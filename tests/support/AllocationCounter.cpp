@@ -1,18 +1,13 @@
-#include "AllocationCounter.h"
-
 #include <atomic>
 #include <cstdlib>
 #include <new>
 
+#include "TestStreams.h"
+
 // The one replacement of the global allocation functions in the test program:
-// plain malloc and free with a counter. The array and nothrow forms of the
-// library forward to these.
+// plain malloc and free with a counter. The other forms forward to these.
 
-namespace {
-
-std::atomic<std::size_t> g_allocations{0};
-
-}  // namespace
+static std::atomic<std::size_t> g_allocations{0};
 
 std::size_t allocationCount()
 {

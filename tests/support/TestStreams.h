@@ -1,37 +1,45 @@
 #ifndef ZUM_TEST_STREAMS_H
 #define ZUM_TEST_STREAMS_H
 
-// Test doubles shared by every suite: an input stream that delivers a scripted
-// sequence of read results and records the calls made on it, and an output
-// stream that records every call made on it.
+// Test doubles and helpers shared by every suite: an input stream that
+// delivers a scripted sequence of read results and records the calls made on
+// it, an output stream that records every call made on it, a reader that
+// drains a stream, a one-line rendering of what a call raises, and
+// deterministic test contents. It includes the whole library (ZUMStreams.h).
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
 #include "RVKCore.h"
 #include "ZUMStreams.h"
 
-// One scripted read result: bytes to deliver (possibly none, giving 0), the
-// end of stream (-1), or a text exception / core exception to throw.
+// The allocations served so far by the test program's operator new
+// (AllocationCounter.cpp): a test reads it before and after what it measures.
+std::size_t allocationCount();
+
+// One scripted read result: bytes to deliver (none gives 0), the end of the
+// stream (-1), or a text exception / ZUMIOException (code 5) to throw.
 struct ScriptStep {
-    enum Kind { Bytes, End, ThrowText, ThrowIO };
-    Kind kind;
+    enum Kind { Bytes, End, ThrowText, ThrowIO } kind;
     std::string bytes;
     char const* text;
 
     static ScriptStep data(std::string b) { return {Bytes, std::move(b), nullptr}; }
-    static ScriptStep zero() { return {Bytes, std::string(), nullptr}; }
-    static ScriptStep end() { return {End, std::string(), nullptr}; }
-    static ScriptStep throwText(char const* t) { return {ThrowText, std::string(), t}; }
-    static ScriptStep throwIO() { return {ThrowIO, std::string(), nullptr}; }
+    static ScriptStep zero() { return {Bytes, "", nullptr}; }
+    static ScriptStep end() { return {End, "", nullptr}; }
+    static ScriptStep throwText(char const* t) { return {ThrowText, "", t}; }
+    static ScriptStep throwIO() { return {ThrowIO, "", nullptr}; }
 };
 
-// An input stream that answers each block read with the next script step.
-// A step's bytes that exceed the read's count stay for the next read. When
-// the script is used up every read returns -1. Optionally it accepts unread
-// bytes (canUnread true), which are delivered first. Every call is counted,
-// and the count of each block read is recorded.
+// An input stream that answers each read with the next script step. A step's
+// bytes beyond the read's count stay for the next read; once the script is
+// used up every read returns -1. With `can_unread` it accepts unread bytes,
+// delivered first. The count of every read and the bytes of every unread are
+// recorded.
 class ScriptedInputStream : public ZUMInputStream {
 public:
     explicit ScriptedInputStream(std::vector<ScriptStep> script, bool can_unread = false)
@@ -39,8 +47,8 @@ public:
     {
     }
 
-    // A stream that delivers `bytes` in pieces of at most `piece` bytes per
-    // read, with a read of 0 bytes after every piece when `zeros` is set.
+    // Steps that deliver `bytes` in pieces of at most `piece` bytes, with a
+    // read of 0 bytes after every piece when `zeros` is set.
     static std::vector<ScriptStep> pieces(std::string const& bytes, std::size_t piece, bool zeros = false)
     {
         std::vector<ScriptStep> steps;
@@ -55,33 +63,17 @@ public:
 
     int read(RVKByteBuffer& buffer, int count) override
     {
-        std::string got;
-        int n = next(count, got);
-        if (n > 0) {
-            buffer.appendChars(got.data(), static_cast<unsigned>(n));
-        }
+        int n = next(count);
+        buffer.appendChars(m_got.data(), static_cast<unsigned>(m_got.size()));
         return n;
     }
-
     int read(char* buf, int count) override
     {
-        ++array_reads;
-        std::string got;
-        int n = next(count, got);
-        if (n > 0) {
-            std::memcpy(buf, got.data(), static_cast<std::size_t>(n));
-        }
+        int n = next(count);
+        std::copy(m_got.begin(), m_got.end(), buf);
         return n;
     }
-
-    int read() override
-    {
-        ++byte_reads;
-        std::string got;
-        int n = next(1, got);
-        return n == 1 ? static_cast<unsigned char>(got[0]) : -1;
-    }
-
+    int read() override { return next(1) == 1 ? static_cast<unsigned char>(m_got[0]) : -1; }
     void close() override { ++closes; }
     RVK_bool canUnread() override { return m_can_unread ? 1 : 0; }
     void unread(char const* bytes, int count) override
@@ -90,119 +82,177 @@ public:
             ZUMInputStream::unread(bytes, count);
         }
         unreads.emplace_back(bytes, static_cast<std::size_t>(count));
-        m_pushed.insert(0, bytes, static_cast<std::size_t>(count));
+        if (count > 0) {
+            m_script.insert(m_script.begin() + static_cast<std::ptrdiff_t>(m_step), ScriptStep::data(unreads.back()));
+        }
     }
-    int getTimeout() const override { return timeout; }
-
-    // The counts asked by block reads, in order.
-    std::vector<int> counts;
-    // The bytes of each unread call.
-    std::vector<std::string> unreads;
-    int array_reads = 0;
-    int byte_reads = 0;
-    int closes = 0;
-    int timeout = 0;
-
-    // Steps not yet consumed.
     std::size_t stepsLeft() const { return m_script.size() - m_step; }
 
+    std::vector<int> counts;           // the count of every read, in order
+    std::vector<std::string> unreads;  // the bytes of every unread
+    int closes = 0;
+
 private:
-    int next(int count, std::string& got)
+    int next(int count)
     {
         counts.push_back(count);
-        if (!m_pushed.empty()) {
-            std::size_t n = std::min<std::size_t>(m_pushed.size(), count < 0 ? 0 : count);
-            got = m_pushed.substr(0, n);
-            m_pushed.erase(0, n);
-            return static_cast<int>(n);
-        }
+        m_got.clear();
         if (m_step >= m_script.size()) {
             return -1;
         }
         ScriptStep& step = m_script[m_step];
-        switch (step.kind) {
-        case ScriptStep::End:
-            ++m_step;
-            return -1;
-        case ScriptStep::ThrowText:
-            ++m_step;
-            throw step.text;
-        case ScriptStep::ThrowIO:
+        if (step.kind == ScriptStep::ThrowText) {
+            throw m_script[m_step++].text;
+        } else if (step.kind == ScriptStep::ThrowIO) {
             ++m_step;
             RVK_THROW(ZUMIOException(static_cast<RVKSeverity>(1), 5L), "ScriptedInputStream::read");
-        case ScriptStep::Bytes:
-            break;
+        } else if (step.kind == ScriptStep::End) {
+            return ++m_step, -1;
         }
-        std::size_t n = std::min<std::size_t>(step.bytes.size(), count < 0 ? 0 : count);
-        got = step.bytes.substr(0, n);
-        step.bytes.erase(0, n);
-        if (step.bytes.empty()) {
-            ++m_step;
-        }
-        return static_cast<int>(n);
+        m_got = step.bytes.substr(0, count < 0 ? 0 : static_cast<std::size_t>(count));
+        step.bytes.erase(0, m_got.size());
+        m_step += step.bytes.empty() ? 1 : 0;
+        return static_cast<int>(m_got.size());
     }
 
     std::vector<ScriptStep> m_script;
     std::size_t m_step = 0;
     bool m_can_unread;
-    std::string m_pushed;
+    std::string m_got;
 };
 
-// An output stream that records every write (as its own string), flush and
-// close. It can be told to throw from its next write.
+// An output stream that records every write (its bytes), flush and close.
+// failAt() makes a later call throw a text.
 class RecordingOutputStream : public ZUMOutputStream {
 public:
     void write(char const* bytes, int count) override
     {
-        if (throw_text_on_write) {
-            throw throw_text_on_write;
+        if (++m_calls == m_fail_call && m_fail_text) {
+            throw m_fail_text;
         }
         writes.emplace_back(bytes ? std::string(bytes, static_cast<std::size_t>(count)) : std::string());
     }
-    void flush() override { ++flushes; }
+    void flush() override
+    {
+        if (m_fail_call == 0 && m_fail_text) {
+            throw m_fail_text;
+        }
+        ++flushes;
+    }
     void close() override { ++closes; }
 
-    // Everything written, concatenated.
-    std::string all() const
+    // The n-th write from now (n >= 1) throws `text`; with n == 0 every flush does.
+    void failAt(int n, char const* text) { m_fail_call = n ? m_calls + n : 0, m_fail_text = text; }
+    std::string all() const { return std::accumulate(writes.begin(), writes.end(), std::string()); }
+    std::vector<std::size_t> sizes() const
     {
-        std::string joined;
-        for (auto const& w : writes) {
-            joined += w;
-        }
-        return joined;
+        std::vector<std::size_t> s(writes.size());
+        std::transform(writes.begin(), writes.end(), s.begin(), [](std::string const& w) { return w.size(); });
+        return s;
     }
 
     std::vector<std::string> writes;
-    int flushes = 0;
-    int closes = 0;
-    char const* throw_text_on_write = nullptr;
+    int flushes = 0, closes = 0;
+
+private:
+    int m_calls = 0, m_fail_call = -1;
+    char const* m_fail_text = nullptr;
 };
 
-// Runs `call` and returns the method text of the first back-trace entry of
-// the Error it raises: "<null>" for a null method text, "<no raise>" when it
-// returns normally. Exceptions of other classes pass to the caller.
-template <class Error, class Call>
-std::string raisedMethod(Call call)
+inline std::string str(RVKByteBuffer const& b)
 {
-    try {
-        call();
-    } catch (Error const& e) {
-        char const* method = e.getBackTraceSize() ? e.getBackTraceEntry(0).method : "<no entry>";
-        return method ? method : "<null>";
-    }
-    return "<no raise>";
+    return std::string(b.str(), static_cast<std::size_t>(b.pcount()));
 }
 
-// As raisedMethod, for the text of the Error ("<null>" for none).
-template <class Error, class Call>
-std::string raisedText(Call call)
+// Writes `bytes` to `out` in writes of the sizes in `pieces`, taken in turn
+// (at least one write, of 0 bytes for no bytes).
+inline void writeInPieces(ZUMOutputStream& out, std::string const& bytes, std::vector<std::size_t> const& pieces)
+{
+    for (std::size_t at = 0, i = 0; at == 0 || at < bytes.size(); at += pieces[i++ % pieces.size()]) {
+        out.write(bytes.data() + at, static_cast<int>(std::min(pieces[i % pieces.size()], bytes.size() - at)));
+    }
+}
+
+// The read form a test drains a stream with; Line is readline() of a
+// buffered stream.
+enum class Form { Buffer, Array, Byte, Line };
+
+// Reads `in` until -1 with reads of `count` in the given form and returns
+// everything; the size of each read above 0 goes to `sizes` if given. Gives
+// up after 10000 reads in a row that deliver nothing.
+inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form::Buffer,
+                         std::vector<int>* sizes = nullptr)
+{
+    RVKByteBuffer got(0, 256);
+    std::vector<char> buf(static_cast<std::size_t>(count > 0 ? count : 1));
+    for (int n = 0, empty = 0; n >= 0 && empty < 10000; empty = n ? 0 : empty + 1) {
+        if (form == Form::Buffer || form == Form::Line) {
+            n = form == Form::Line ? dynamic_cast<ZUMBufferedInputStream&>(in).readline(got) : in.read(got, count);
+        } else {
+            n = form == Form::Array ? in.read(buf.data(), count) : in.read();
+            n = form == Form::Byte && n >= 0 ? (buf[0] = static_cast<char>(n), 1) : n;
+            got.appendChars(buf.data(), n > 0 ? static_cast<unsigned>(n) : 0u);
+        }
+        if (n > 0 && sizes) {
+            sizes->push_back(n);
+        }
+    }
+    return str(got);
+}
+
+// What `call` raises, on one line: the class of a core throwable, for an
+// RVKException its severity, code and messages (a catalog number as #hex, a
+// text in quotes), otherwise its text in parentheses; then the method text of
+// every back-trace entry ("-" for none). A text exception gives "text: ...",
+// no raise "none".
+template <class Call>
+std::string raised(Call call)
 {
     try {
         call();
-    } catch (Error const& e) {
-        return e.getText() ? e.getText() : "<null>";
+    } catch (RVKThrowable const& e) {
+        std::string out = e.getThrowableName();
+        auto const* x = dynamic_cast<RVKException const*>(&e);
+        out += x ? "(" + std::to_string(static_cast<int>(x->getSeverity())) + "," + std::to_string(x->getCode()) + ")"
+                 : std::string("(") + (e.getText() ? e.getText() : "") + ")";
+        for (std::size_t i = 0; x && i < x->getMessageCount(); ++i) {
+            auto const* numbered = dynamic_cast<RVKMessage const*>(&x->getMessageAt(i));
+            auto const* text = dynamic_cast<RVKMessageString const*>(&x->getMessageAt(i));
+            char hex[20];
+            std::snprintf(hex, sizeof hex, " #%lx", numbered ? numbered->getMsgNumber() : 0UL);
+            out += numbered ? hex : text ? std::string(" '") + text->getString().c_str() + "'" : " ?";
+        }
+        for (std::size_t i = 0; i < e.getBackTraceSize(); ++i) {
+            out += std::string(" @") + (e.getBackTraceEntry(i).method ? e.getBackTraceEntry(i).method : "-");
+        }
+        return out;
+    } catch (char const* text) {
+        return std::string("text: ") + text;
     }
-    return "<no raise>";
+    return "none";
+}
+
+// `n` bytes of every value in a fixed pseudo-random order (deflate cannot
+// compress them).
+inline std::string testBytes(std::size_t n, unsigned seed = 1)
+{
+    std::string bytes(n, '\0');
+    std::uint32_t state = seed * 2654435761u + 12345u;
+    for (auto& b : bytes) {
+        state = state * 1103515245u + 12345u;
+        b = static_cast<char>(state >> 23);
+    }
+    return bytes;
+}
+
+// `n` bytes: a third random bytes, then text lines and runs of one byte.
+inline std::string mixedData(std::size_t n, unsigned seed = 1)
+{
+    std::string out = testBytes(n / 3, seed);
+    for (unsigned i = 0; out.size() < n; ++i) {
+        out += "row " + std::to_string(i * seed % 1000) + ": lorem ipsum dolor\r\n" + std::string(i % 300, 'x');
+    }
+    return out.substr(0, n);
 }
 
 #endif

@@ -5,162 +5,89 @@
 
 #include <sys/wait.h>
 
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "ExternalTool.h"
+#include "TestFiles.h"
+#include "TestStreams.h"
 
 namespace {
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
+struct Result { int status; std::string out, err; };
 
 // Runs zumcat with `args` on `input` (given as a file).
-Result zumcat(std::string const& args, std::string const& input, ScratchDir const& dir)
+Result zumcat(std::string const& args, std::string const& input, TempDir const& dir)
 {
-    writeFile(dir.file("in"), input);
-    std::string command = std::string(ZUMCAT_PATH) + " " + args + " " + shellQuoted(dir.file("in")) +
-                          " >" + shellQuoted(dir.file("out")) + " 2>" + shellQuoted(dir.file("err"));
+    std::string command = std::string(ZUMCAT_PATH) + " " + args + " " + shellQuoted(dir.write("in", input)) + " >" +
+                          shellQuoted(dir.file("out")) + " 2>" + shellQuoted(dir.file("err"));
     int raw = std::system(command.c_str());
     return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readFile(dir.file("out")), readFile(dir.file("err"))};
 }
 
-std::string data(std::string const& name)
-{
-    return readFile(std::string(ZUM_TEST_DATA_DIR) + "/" + name);
-}
-
-std::string randomBytes(std::size_t n, unsigned seed)
-{
-    std::mt19937 rng(seed);
-    std::string s(n, '\0');
-    for (char& c : s) {
-        c = static_cast<char>(rng());
-    }
-    return s;
-}
-
 }  // namespace
 
-TEST(Zumcat, EveryOperationRoundTripsWithItsInverse)
+TEST(Zumcat, EveryOperationRoundTripsDecodesOthersOutputAndHasHelp)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::vector<std::string> inputs = {"", "x", data("gzip/mixed.content"),
-                                       data("chunked/nginx_ssi.expected"), randomBytes(70000, 7)};
-    struct Pair {
-        char const* encode;
-        char const* decode;
-    } const pairs[] = {
-        {"gzip", "gunzip"},          {"chunk --size 1", "unchunk"},
-        {"chunk", "unchunk"},        {"chunk --size 16384", "unchunk"},
-        {"base64", "unbase64"},      {"base64 --wrap 76", "unbase64"},
+    TempDir dir;
+    std::string const inputs[] = {"", "x", dataFile("gzip/mixed.content"), dataFile("chunked/nginx_ssi.expected"),
+                                  testBytes(70000, 7)};
+    struct Pair { char const *encode, *decode; } const pairs[] = {
+        {"gzip", "gunzip"}, {"chunk --size 1", "unchunk"}, {"chunk", "unchunk"}, {"chunk --size 16384", "unchunk"},
+        {"base64", "unbase64"}, {"base64 --wrap 76", "unbase64"},
     };
     for (Pair const& pair : pairs) {
         for (std::string const& input : inputs) {
             Result encoded = zumcat(pair.encode, input, dir);
-            ASSERT_EQ(encoded.status, 0) << pair.encode << ": " << encoded.err;
             Result decoded = zumcat(pair.decode, encoded.out, dir);
-            ASSERT_EQ(decoded.status, 0) << pair.decode << ": " << decoded.err;
-            EXPECT_EQ(decoded.out, input) << pair.encode << " | " << pair.decode << ", " << input.size()
-                                          << " bytes";
+            EXPECT_EQ(encoded.status + decoded.status, 0) << pair.encode << ": " << encoded.err << decoded.err;
+            EXPECT_TRUE(decoded.out == input) << pair.encode << " | " << pair.decode << ", " << input.size();
         }
     }
-}
-
-TEST(Zumcat, DecodersAgreeWithIndependentProducers)
-{
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::ifstream list(std::string(ZUM_TEST_DATA_DIR) + "/gzip/fixtures.txt");
-    std::string member, content;
-    int members = 0;
-    while (list >> member >> content) {
-        Result r = zumcat("gunzip", data("gzip/" + member), dir);
-        EXPECT_EQ(r.status, 0) << member << ": " << r.err;
-        EXPECT_EQ(r.out, data("gzip/" + content)) << member;
-        ++members;
-    }
-    EXPECT_GT(members, 20);
-
-    for (char const* body : {"nginx_gzip", "nginx_ssi", "py_file_blocks", "py_iter_chunks"}) {
-        Result r = zumcat("unchunk", data(std::string("chunked/") + body + ".body"), dir);
-        EXPECT_EQ(r.status, 0) << body;
-        EXPECT_EQ(r.out, data(std::string("chunked/") + body + ".expected")) << body;
-    }
-
+    EXPECT_EQ(zumcat("xml-escape", "a<b>&\"'\x01\t\xc3\xa9", dir).out, "a&lt;b&gt;&amp;&quot;&#39;&#1;\t\xc3\xa9");
     // Several members in one input decode one after the other, as gzip -d does.
-    std::string twice = data("gzip/gzip-9-name.gz") + data("gzip/py-flags-1e.gz");
-    Result both = zumcat("gunzip", twice, dir);
-    EXPECT_EQ(both.status, 0) << both.err;
-    EXPECT_EQ(both.out, data("gzip/mixed.content") + data("gzip/hello.content"));
+    Result both = zumcat("gunzip", dataFile("gzip/gzip-9-name.gz") + dataFile("gzip/py-flags-1e.gz"), dir);
+    EXPECT_TRUE(both.out == dataFile("gzip/mixed.content") + dataFile("gzip/hello.content")) << both.err;
+    EXPECT_EQ(zumcat("unchunk", dataFile("chunked/nginx_gzip.body"), dir).out, dataFile("chunked/nginx_gzip.expected"));
+    for (std::string op : {"http", "gunzip", "gzip", "unchunk", "chunk", "base64", "unbase64", "xml-escape"}) {
+        Result help = zumcat(op + " --help", "", dir);
+        EXPECT_TRUE(help.status == 0 && help.out.find("usage: zumcat [--progress] " + op) == 0) << help.out;
+    }
 }
 
 TEST(Zumcat, HttpPrintsHeadersBodyAndTrailerOfTheCapturedResponse)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::string sample = readFile(std::string(ZUM_SOURCE_DIR) + "/examples/http-sample/sample-response.http");
-    std::string body = readFile(std::string(ZUM_SOURCE_DIR) + "/examples/http-sample/sample-body.txt");
+    TempDir dir;
+    std::string sample = readFile(ZUM_SOURCE_DIR "/examples/http-sample/sample-response.http");
+    std::string body = readFile(ZUM_SOURCE_DIR "/examples/http-sample/sample-body.txt");
     ASSERT_FALSE(sample.empty());
-
     Result only = zumcat("http --body", sample, dir);
-    ASSERT_EQ(only.status, 0) << only.err;
+    EXPECT_EQ(only.status, 0) << only.err;
     EXPECT_EQ(only.out, body);
-
     Result full = zumcat("http", sample, dir);
-    ASSERT_EQ(full.status, 0) << full.err;
+    EXPECT_EQ(full.status, 0) << full.err;
     EXPECT_EQ(full.out.find("== start line ==\nHTTP/1.1 200 OK\n== headers ==\n"), 0u);
     EXPECT_NE(full.out.find("Content-Encoding: gzip\n"), std::string::npos);
     EXPECT_NE(full.out.find("== body, chunked, gzip ==\n" + body + "\n== trailer ==\nX-Served-By: zum-sample\n"),
               std::string::npos);
-
     // A plain response framed by Content-Length: the bytes behind it are not body.
-    Result plain = zumcat("http --body", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nhelloEXTRA", dir);
-    EXPECT_EQ(plain.out, "hello");
-}
-
-TEST(Zumcat, XmlEscapeWritesReferences)
-{
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    Result r = zumcat("xml-escape", std::string("a<b>&\"'\x01\t\xc3\xa9", 11), dir);
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "a&lt;b&gt;&amp;&quot;&#39;&#1;\t\xc3\xa9");
+    EXPECT_EQ(zumcat("http --body", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nhelloEXTRA", dir).out, "hello");
 }
 
 TEST(Zumcat, BadInputGivesOneLineNamingTheFault)
 {
-    ScratchDir dir;
-    ASSERT_TRUE(dir.ok());
-    std::string member = data("gzip/gzip-9-name.gz");
-    std::string badCrc = member;
-    badCrc[badCrc.size() - 8] = static_cast<char>(badCrc[badCrc.size() - 8] ^ 0x55);
-    std::string badLength = member;
-    badLength[badLength.size() - 1] = static_cast<char>(badLength[badLength.size() - 1] ^ 0x01);
-    std::string reserved("\x1f\x8b\x08\x20\0\0\0\0\0\0", 10);
-
-    struct Case {
-        char const* args;
-        std::string input;
-        char const* says;
-    } const cases[] = {
+    TempDir dir;
+    std::string member = dataFile("gzip/gzip-9-name.gz"), bad_crc = member, bad_length = member;
+    bad_crc[bad_crc.size() - 8] ^= 0x55;
+    bad_length[bad_length.size() - 1] ^= 0x01;
+    struct Case { std::string args, input, says; } const cases[] = {
         {"gunzip", "GET /index.html HTTP/1.1\r\nHost: example\r\n\r\n", "not in gzip format"},
         {"gunzip", member.substr(0, member.size() / 2), "ended before the gzip header or trailer"},
-        {"gunzip", badCrc, "CRC-32 mismatch"},
-        {"gunzip", badLength, "length mismatch"},
-        {"gunzip", reserved + "xxxxxxxx", "unknown gzip header flags"},
+        {"gunzip", bad_crc, "CRC-32 mismatch"},
+        {"gunzip", bad_length, "length mismatch"},
+        {"gunzip", std::string("\x1f\x8b\x08\x20\0\0\0\0\0\0xxxxxxxx", 18), "unknown gzip header flags"},
         {"unbase64", "QUJD*===", "RVK_ASSERT(sta == 0);"},
         {"http", "", "no HTTP start line"},
         {"http", "HTTP/1.1 200 OK\r\nServer: x\r\n", "ended inside the header lines"},
         {"chunk --size 0", "", "--size needs a number"},
         {"frobnicate", "", "unknown operation 'frobnicate'"},
+        {"gunzip /nonexistent/file.gz", "", "only one input file"},
     };
     for (Case const& c : cases) {
         Result r = zumcat(c.args, c.input, dir);
@@ -168,30 +95,9 @@ TEST(Zumcat, BadInputGivesOneLineNamingTheFault)
         EXPECT_NE(r.err.find(c.says), std::string::npos) << c.args << " said: " << r.err;
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << c.args << " said: " << r.err;
     }
-
-    Result missing = zumcat("gunzip /nonexistent/file.gz", "", dir);
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.err.find("only one input file"), std::string::npos) << missing.err;
-    std::string command = std::string(ZUMCAT_PATH) + " gunzip /nonexistent/file.gz 2>" +
-                          shellQuoted(dir.file("err"));
+    std::string command = ZUMCAT_PATH " gunzip /nonexistent/file.gz 2>" + shellQuoted(dir.file("err"));
     EXPECT_NE(std::system(command.c_str()), 0);
     EXPECT_EQ(readFile(dir.file("err")),
               "zumcat: gunzip: the file cannot be opened for reading: /nonexistent/file.gz: "
               "No such file or directory\n");
-}
-
-TEST(Zumcat, EveryOperationHasHelp)
-{
-    for (char const* op : {"http", "gunzip", "gzip", "unchunk", "chunk", "base64", "unbase64", "xml-escape"}) {
-        std::string command = std::string(ZUMCAT_PATH) + " " + op + " --help";
-        FILE* pipe = popen(command.c_str(), "r");
-        ASSERT_NE(pipe, nullptr);
-        std::string text;
-        char buf[256];
-        while (std::fgets(buf, sizeof buf, pipe)) {
-            text += buf;
-        }
-        EXPECT_EQ(pclose(pipe), 0) << op;
-        EXPECT_EQ(text.find(std::string("usage: zumcat [--progress] ") + op), 0u) << text;
-    }
 }

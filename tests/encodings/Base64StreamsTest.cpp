@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "TestFiles.h"
+#include "TestStreams.h"
+
+using Writes = std::vector<std::string>;
+
+// Both ways: the RFC 4648 vectors, and random bytes of every value written
+// in pieces of every alignment; the input stream in every read form.
+TEST(Base64Streams, Rfc4648VectorsAndRoundTrips)
+{
+    std::string const data = testBytes(20000, 7);
+    struct Case { std::string bytes, text; std::size_t piece; } const cases[] = {
+        {"", "", 1},    {"f", "Zg==", 1},   {"fo", "Zm8=", 1},  {"foo", "Zm9v", 1},  {"foob", "Zm9vYg==", 1},
+        {"fooba", "Zm9vYmE=", 2}, {"foobar", "Zm9vYmFy", 6}, {data, "", 1}, {data, "", 4}, {data, "", 3071},
+        {data, "", 3072}, {data, "", 3073}, {data, "", 20000},
+    };
+    for (auto const& c : cases) {
+        RecordingOutputStream down;
+        ZUMBase64OutputStream out(down);
+        writeInPieces(out, c.bytes, {c.piece});
+        out.flush();
+        std::string const text = down.all();
+        EXPECT_TRUE(c.text.empty() ? text.size() == (c.bytes.size() + 2) / 3 * 4 : text == c.text) << c.text;
+        for (auto [count, form] : {std::pair{1, Form::Array}, {2, Form::Array}, {1000, Form::Array}, {0, Form::Byte},
+                                   {4, Form::Buffer}}) {
+            ZUMMemoryInputStream source(text.data(), static_cast<int>(text.size()));
+            ZUMBase64InputStream in;
+            in.wrap(source);
+            EXPECT_TRUE(drain(in, count, form) == c.bytes) << c.text << " read by " << count;
+        }
+    }
+}
+
+// The same text as an independent encoder (Python's base64.encodebytes, its
+// LF line ends read as CR LF: tests/data/base64/make_fixtures.py).
+TEST(Base64OutputStream, LineBreak76MatchesAnIndependentEncoder)
+{
+    std::string input = dataFile("base64/input.bin");
+    ASSERT_EQ(input.size(), 10000u);
+    for (int n : {0, 1, 2, 3, 56, 57, 58, 113, 114, 115, 3072, 3073, 4000, 10000}) {
+        std::string expected = dataFile("base64/mime-" + std::to_string(n) + ".txt");
+        for (std::size_t piece : {1, 5, 57, 1000, 10000}) {
+            RecordingOutputStream down;
+            ZUMBase64OutputStream out(down);
+            out.lineBreak(76);
+            writeInPieces(out, input.substr(0, n), {piece});
+            out.flush();
+            std::string text = down.all();
+            if (!text.empty() && text.compare(text.size() - 2, 2, "\r\n") != 0) {
+                text += "\r\n";  // the independent encoder also ends a last, partial line
+            }
+            EXPECT_TRUE(text == expected) << n << " bytes in pieces of " << piece;
+            for (auto const& w : down.writes) {
+                EXPECT_TRUE(w.size() <= 76 && (w.size() != 2 || w == "\r\n")) << "line pieces and CR LF apart";
+            }
+        }
+    }
+}
+
+// Whole groups go out at once, in blocks of at most 4096 characters, lines
+// and CR LF as pieces of their own; the last one or two bytes wait for
+// flush() (not close()). A shorter line ends the current one at once.
+TEST(Base64OutputStream, WritePattern)
+{
+    RecordingOutputStream down;
+    ZUMBase64OutputStream out(down);
+    out.write("hello", 5);
+    out.flush();
+    out.flush();
+    out.write("ab", 2);
+    out.write("c", 1);
+    EXPECT_EQ(down.writes, (Writes{"aGVs", "bG8=", "YWJj"}));
+    std::string data = testBytes(7000);
+    out.write(data.data(), 7000);
+    out.close();
+    EXPECT_EQ(down.sizes(), (std::vector<std::size_t>{4, 4, 4, 4096, 4096, 1140}));
+    out.flush();
+    EXPECT_EQ(down.sizes().back(), 4u);
+    EXPECT_EQ(down.flushes + down.closes, 0);
+
+    down.writes.clear();
+    out.lineBreak(10);
+    out.write("abcdef", 6);
+    out.lineBreak(4);
+    out.write("ghi", 3);
+    out.write("jkl", 3);
+    out.lineBreak(0);
+    out.write("abcdef", 6);
+    EXPECT_EQ(down.writes, (Writes{"YWJjZGVm", "Z2hp", "\r\n", "amts", "\r\n", "YWJjZGVm"}));
+}
+
+TEST(Base64OutputStream, UnwrapDestructionAndMisuse)
+{
+    RecordingOutputStream down;
+    {
+        ZUMBase64OutputStream out(down);
+        out.write("ab", 2);
+        out.unWrap();
+        EXPECT_EQ(down.all(), "YWI=");
+        out.wrap(down);
+        out.write("c", 1);
+        EXPECT_EQ(raised([&] { out.wrap(down); }), "RVKAssertError(RVK_ASSERT(!p_downstream);) @-");
+    }
+    EXPECT_EQ(down.all(), "YWI=Yw==");  // the destructor writes the pending group
+    {
+        ZUMBase64OutputStream out(down);
+        out.write("d", 1);
+        down.failAt(1, "broken pipe");
+    }  // the failure of the destructor's flush is dropped
+    ZUMBase64OutputStream unwrapped;
+    unwrapped.flush();  // nothing pending: no write, no failure
+    EXPECT_EQ(raised([&] { unwrapped.write("a", 1); }), "RVKIllegalStateError() @ZUMBase64OutputStream::write");
+    ZUMBase64OutputStream out(down);
+    EXPECT_EQ(raised([&] { out.write("abc", -1); }), "RVKAssertError(RVK_ASSERT(count >= 0);) @-");
+    EXPECT_EQ(raised([&] { out.write(nullptr, 0); }), "RVKAssertError(RVK_ASSERT(bytes || bFlush);) @-");
+    EXPECT_EQ(raised([&] { out.write(nullptr, 2, 1); }), "RVKAssertError(RVK_ASSERT(bytes || count == 0);) @-");
+    down.failAt(1, "broken pipe");
+    EXPECT_EQ(raised([&] { errno = 32, out.write("abc", 3); }),
+              "ZUMIOException(1,32) #91fdd700 'broken pipe' @ZUMBase64OutputStream::flush");
+}
+
+// A read of nothing from the stream beneath at a group's start ends the call
+// (-1), not the text.
+TEST(Base64InputStream, ShortUpstreamReadsWrapUnwrapAndFailures)
+{
+    for (std::size_t piece : {1, 2, 3, 5}) {
+        for (bool zeros : {false, true}) {
+            ScriptedInputStream source(ScriptedInputStream::pieces("Zm9vYmFyZm9vYmFy", piece, zeros));
+            ZUMBase64InputStream in;
+            in.wrap(source);
+            std::string got;
+            for (int calls = 0; calls < 100 && source.stepsLeft() > 0; ++calls) {
+                got += drain(in, 64);
+            }
+            EXPECT_EQ(got, "foobarfoobar") << "pieces of " << piece << (zeros ? " with zeros" : "");
+        }
+    }
+    ZUMBase64InputStream in;
+    char buf[8];
+    EXPECT_EQ(raised([&] { in.read(buf, 4); }), "RVKIllegalStateError() @ZUMBase64InputStream::read");
+    EXPECT_EQ(raised([&] { in.unWrap(); }), "RVKIllegalStateError() @ZUMBase64InputStream::unWrap");
+    ZUMMemoryInputStream first("Zm9v", 4), second("YmFyZm9vYm\r\nYmFy", 16);  // line breaks are not Base64
+    in.wrap(first);
+    EXPECT_EQ(in.read(), 'f');
+    in.unWrap();  // drops the held "oo", even over a stream that can't unread
+    in.wrap(second);
+    EXPECT_EQ(in.read(buf, 0) + in.read(buf, -3), 0);
+    EXPECT_EQ(raised([&] { in.read(static_cast<char*>(nullptr), 4); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
+    EXPECT_EQ(in.read(buf, 6), 6);
+    EXPECT_EQ(raised([&] { in.read(buf, 3); }), "RVKAssertError(RVK_ASSERT(sta == 0);) @-");
+    EXPECT_FALSE(in.canUnread());
+    EXPECT_THROW(in.unread("x", 1), char const*);
+
+    ScriptedInputStream source(
+        {ScriptStep::data("Zm"), ScriptStep::throwText("not implemented"), ScriptStep::throwIO()});
+    ZUMBase64InputStream failing;
+    failing.wrap(source);
+    EXPECT_EQ(raised([&] { errno = 3, failing.read(buf, 3); }),
+              "ZUMIOException(1,3) #91fdd700 'not implemented' @ZUMBase64InputStream::read");
+    EXPECT_EQ(raised([&] { failing.read(buf, 3); }), "ZUMIOException(1,5) @ScriptedInputStream::read");
+}
+

@@ -1,0 +1,336 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sstream>
+
+#include "TestFiles.h"
+#include "TestStreams.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+std::string const k_header("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\xFF", 10);
+std::string const k_write = "void ZUMGZIPOutputStream::write( const char *bytes, int count )";
+
+// The rendering of a failure of the gzip input stream.
+std::string failure(long code, char const* number)
+{
+    return "ZUMIOException(1," + std::to_string(code) + ") #" + number + " @ZUMGZIPInputStream::read";
+}
+
+// Writes `content` through a gzip stream in writes of `piece` bytes and
+// finishes the member; returns everything written downstream.
+std::string compress(std::string const& content, std::size_t piece = 1 << 30)
+{
+    RecordingOutputStream down;
+    ZUMGZIPOutputStream gz(down);
+    writeInPieces(gz, content, {piece});
+    gz.finish();
+    return down.all();
+}
+
+std::string decodeWithOurReader(std::string const& member)
+{
+    ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+    ZUMGZIPInputStream gz(memory);
+    return drain(gz, 8192);
+}
+
+}  // namespace
+
+// Members made by the gzip program and by Python's gzip and zlib modules
+// (every combination of FEXTRA, FNAME, FCOMMENT and FHCRC, a wrong header
+// CRC16 included) decode byte for byte, whole and in 7-byte upstream pieces
+// that split the header and trailer across refills, which ask for 16384.
+TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
+{
+    std::istringstream list(dataFile("gzip/fixtures.txt"));
+    int fixtures = 0;
+    for (std::string member_name, content_name; list >> member_name >> content_name; ++fixtures) {
+        std::string member = dataFile("gzip/" + member_name);
+        std::string content = dataFile("gzip/" + content_name);
+        ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
+        ZUMGZIPInputStream whole(memory);
+        EXPECT_EQ(drain(whole, 4096, Form::Array), content) << member_name;
+        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, 7));
+        ZUMGZIPInputStream split(pieces);
+        EXPECT_EQ(drain(split, 1000), content) << member_name;
+        EXPECT_EQ(pieces.counts, std::vector<int>(pieces.counts.size(), 16384));
+    }
+    EXPECT_GE(fixtures, 26);
+
+    // A read of 0 bytes on a fresh stream reads and checks the header (0, and
+    // -1 in the buffer form); an empty member gives 0, then -1 on every read.
+    std::string member = zlibDeflate("\xff\x00\xff\x7f\x80"s), empty = zlibDeflate("");
+    ScriptedInputStream up({ScriptStep::data(member)}), none({ScriptStep::data(empty)});
+    ZUMGZIPInputStream gz(up), gz_none(none);
+    char c = 0;
+    RVKByteBuffer buf;
+    EXPECT_EQ(gz.read(&c, 0) + gz.read(buf, 0), -1);
+    EXPECT_EQ(up.counts.size(), 1u);
+    EXPECT_EQ(drain(gz, 0, Form::Byte), "\xff\x00\xff\x7f\x80"s);
+    EXPECT_EQ(gz_none.read(&c, 1), 0);
+    EXPECT_EQ(gz_none.read(&c, 1) + gz_none.read(&c, 1) + gz_none.read(), -3);
+}
+
+// Behind the member, unWrap hands back the read-ahead starting with the next
+// member's first byte; inside it, exactly the input inflate has not consumed.
+// Before any read nothing goes back. Wrapped again, the stream starts a new
+// member.
+TEST(GZIPInputStream, UnwrapHandsBackUnconsumedInput)
+{
+    std::string const content = mixedData(30000, 9), first = zlibDeflate("first member"), second = zlibDeflate(content);
+    ScriptedInputStream up({ScriptStep::data(first + second)}, true);
+    ZUMGZIPInputStream gz(up);
+    EXPECT_EQ(drain(gz), "first member");
+    gz.unWrap();
+    ASSERT_EQ(up.unreads.size(), 1u);
+    EXPECT_EQ(up.unreads[0], second.substr(0, 16384 - first.size()));
+    EXPECT_EQ(raised([&] { gz.read(); }), "RVKIllegalStateError() @ZUMGZIPInputStream::read");
+    gz.wrap(up);
+    EXPECT_EQ(gz.read(), static_cast<unsigned char>(content[0]));  // mid-member, then unwrapped
+    gz.unWrap();
+    std::string rest = drain(up);
+    EXPECT_EQ(rest, second.substr(second.size() - rest.size()));
+    EXPECT_FALSE(rest.empty());
+
+    ScriptedInputStream fresh({ScriptStep::data(first)}, true);
+    gz.wrap(fresh);
+    gz.unWrap();
+    EXPECT_TRUE(fresh.counts.empty() && fresh.unreads.empty());
+    EXPECT_EQ(raised([&] { gz.unWrap(); }), "RVKIllegalStateError() @void ZUMGZIPInputStream::unWrap()");
+}
+
+// Every row of the failure table that the input can cause, met by readFully
+// (which ends, also when the input ends inside the deflate data), and what
+// the next read does: a new header is taken from the input that follows a
+// header failure (the rest of the failed upstream read is dropped); a failed
+// member raises again. The header is parsed whole before it is checked, the
+// end of the input first (text whose fourth byte is 'l' has FEXTRA and FNAME).
+TEST(GZIPInputStream, FailureTable)
+{
+    std::string const content = mixedData(20000, 5), member = zlibDeflate(content);
+    std::size_t const trailer = member.size() - 8;
+    std::string bad_crc = member, bad_length = member;
+    bad_crc[trailer] ^= 1;
+    bad_length[trailer + 4] ^= 1;
+    std::string const not_gzip = failure(-3, "c1c209cf"), unsupported = failure(-3, "c1c58e80");
+    std::string const corrupt = failure(-3, "91f342d7"), truncated = failure(0, "91f36c62");
+    auto data = ScriptStep::data;
+    struct Case { std::vector<ScriptStep> input; std::string first, then; };  // then "": a new member follows
+    std::vector<Case> cases = {
+        {{data(member.substr(0, 6)), ScriptStep::end()}, truncated, ""},
+        {{data(member.substr(0, 6)), ScriptStep::zero()}, truncated, ""},
+        {{data("Hello world, this text has no zero byte"), ScriptStep::end()}, truncated, ""},
+        {{data("Hello worl\x02\0xyname\0more"s)}, not_gzip, ""},
+        {{data("\x1f\x8c\x08\0\0\0\0\0\0\0junk"s)}, not_gzip, ""},
+        {{data("\x1e\x8b\x08\0\0\0\0\0\0\0junk"s)}, not_gzip, ""},
+        {{data("\x1f\x8b\x08\x20\0\0\0\0\0\0junk"s)}, unsupported, ""},
+        {{data("\x1f\x8b\x08\x80\0\0\0\0\0\0junk"s)}, unsupported, ""},
+        {{data("\x1f\x8b\x07\0\0\0\0\0\0\0junk"s)}, unsupported, ""},
+        {{data(bad_crc)}, failure(-3, "c1c34d1f"), corrupt},
+        {{data(bad_length)}, failure(-3, "c1c66a72"), corrupt},
+        {{data(member.substr(0, member.size() - 3))}, failure(1, "91f36c62"), "none"},
+        {{data(member.substr(0, trailer + 3)), ScriptStep::throwText("reset"), data(member.substr(trailer + 3))},
+         "ZUMIOException(1,0) #91fdd700 'reset' @ZUMGZIPInputStream::read", corrupt},
+        {{data(k_header + "\x07\0\0"s)}, corrupt, corrupt},  // a reserved block type
+    };
+    for (std::size_t keep : {std::size_t(11), member.size() / 3, member.size() - 9}) {
+        for (ScriptStep end : {ScriptStep::end(), ScriptStep::zero()}) {
+            cases.push_back({ScriptedInputStream::pieces(member.substr(0, keep), 5000), failure(-5, "91f36c62"),
+                             failure(-5, "91f36c62")});
+            cases.back().input.push_back(end);
+        }
+    }
+    for (auto const& c : cases) {
+        std::vector<ScriptStep> script = c.input;
+        if (c.then.empty()) {
+            script.push_back(data(zlibDeflate("ok")));
+        }
+        ScriptedInputStream up(script);
+        ZUMGZIPInputStream gz(up);
+        std::string out(content.size() + 1, '\0');
+        errno = 0;
+        EXPECT_EQ(raised([&] { gz.readFully(&out[0], static_cast<int>(out.size())); }), c.first)
+            << testing::PrintToString(c.input[0].bytes.substr(0, 12)) << " of " << c.input[0].bytes.size();
+        EXPECT_EQ(c.then.empty() ? drain(gz) : raised([&] { gz.read(); }), c.then.empty() ? "ok" : c.then);
+    }
+
+    // The read that meets a bad trailer raises after writing the data into an
+    // array; a byte buffer is left as it was.
+    ScriptedInputStream a({data(bad_crc)}), b({data(bad_crc)});
+    ZUMGZIPInputStream into_array(a), into_buffer(b);
+    std::string out(30000, '\0');
+    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }), failure(-3, "c1c34d1f"));
+    EXPECT_TRUE(out.substr(0, content.size()) == content);
+    RVKByteBuffer buf(0, 16);
+    buf.appendChars("ab", 2);
+    EXPECT_EQ(raised([&] { into_buffer.read(buf, 30000); }), failure(-3, "c1c34d1f"));
+    EXPECT_EQ(str(buf), "ab");
+}
+
+// A text exception of the upstream becomes a ZUMIOException carrying errno,
+// the text message and the text; an I/O exception passes unchanged. Either
+// way the stream reads on afterwards.
+TEST(GZIPInputStream, MisuseAndUpstreamFailures)
+{
+    std::string member = zlibDeflate("data");
+    ScriptedInputStream up({ScriptStep::throwText("line broken"), ScriptStep::throwIO(),
+                            ScriptStep::data(member.substr(0, 10)), ScriptStep::throwText("again"),
+                            ScriptStep::data(member.substr(10))});
+    ZUMGZIPInputStream gz(up);
+    char c;
+    EXPECT_EQ(raised([&] { errno = 42, gz.read(&c, 1); }),
+              "ZUMIOException(1,42) #91fdd700 'line broken' @ZUMGZIPInputStream::read");
+    EXPECT_EQ(raised([&] { gz.read(&c, 1); }), "ZUMIOException(1,5) @ScriptedInputStream::read");
+    EXPECT_EQ(raised([&] { errno = 7, gz.read(&c, 1); }),
+              "ZUMIOException(1,7) #91fdd700 'again' @ZUMGZIPInputStream::read");
+    EXPECT_EQ(raised([&] { gz.read(nullptr, 1); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
+    EXPECT_THROW(gz.read(&c, -1), RVKAssertError);
+    EXPECT_EQ(drain(gz), "data");
+}
+
+// Members of every size decode with the gzip program and with our reader,
+// and the deflate data between header and trailer is byte-identical to
+// zlib's own raw deflate with the same parameters, whether the content is
+// written in one call or in pieces.
+TEST(GZIPOutputStream, MembersMatchZlibAndDecodeEverywhere)
+{
+    bool gzip_program = haveProgram("gzip");
+    TempDir dir;
+    for (std::size_t size : {0u, 1u, 16383u, 16384u, 16385u, 40000u, 1u << 20}) {
+        std::string content = mixedData(size, static_cast<unsigned>(size));
+        std::string reference = zlibDeflate(content, -15);
+        for (std::size_t piece : {std::size_t(1u << 21), std::size_t(4999)}) {
+            std::string member = compress(content, piece);
+            ASSERT_GE(member.size(), 18u);
+            EXPECT_EQ(member.substr(0, 10), k_header);
+            EXPECT_TRUE(member.substr(10, member.size() - 18) == reference) << size << " in " << piece;
+            EXPECT_TRUE(decodeWithOurReader(member) == content) << size << " in " << piece;
+            std::string file = dir.write("m.gz", member);
+            EXPECT_TRUE(!gzip_program || piece < size ||
+                        (runCommand("gzip -dc < " + shellQuoted(file) + " > " + shellQuoted(file + ".out")) &&
+                         readFile(file + ".out") == content))
+                << "gzip -d, " << size;
+        }
+    }
+    if (!gzip_program) {
+        GTEST_SKIP() << "no gzip program: decoding by gzip not checked";
+    }
+}
+
+// The header in one write, then only whole 16,384-byte blocks during write();
+// at finish() the waiting bytes, the rest of the deflate data, the CRC-32 and
+// the length (as zlib's own member ends) in separate writes, then one flush.
+TEST(GZIPOutputStream, DownstreamWriteOrder)
+{
+    std::string content = testBytes(40000, 11), zlib = zlibDeflate(content);
+    RecordingOutputStream down;
+    ZUMGZIPOutputStream gz(down);
+    gz.write(content.data(), 20000);
+    gz.write(content.data() + 20000, 20000);
+    std::vector<std::size_t> sizes = down.sizes(), expected(sizes.size(), 16384);
+    ASSERT_GE(sizes.size(), 2u);
+    expected[0] = 10;
+    EXPECT_EQ(sizes, expected);
+    gz.finish();
+    ASSERT_GE(down.writes.size(), sizes.size() + 3);
+    EXPECT_EQ(down.writes[down.writes.size() - 2], zlib.substr(zlib.size() - 8, 4));
+    EXPECT_EQ(down.writes.back(), zlib.substr(zlib.size() - 4));
+    EXPECT_EQ(down.flushes, 1);
+    EXPECT_EQ(decodeWithOurReader(down.all()), content);
+}
+
+// A member is opened by the first write (an empty one too) and completed by
+// finish() or the destructor, not by flush() or close(); unwrapped, it stays
+// open and goes on to the next downstream, or is discarded at destruction.
+TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
+{
+    RecordingOutputStream empty, destroyed, dropped, first, second;
+    {
+        ZUMGZIPOutputStream e(empty), d(destroyed), x(dropped);
+        e.finish();  // nothing without a write
+        e.write(nullptr, 0);
+        e.finish();
+        e.finish();
+        d.write("abc", 3);
+        d.flush();
+        d.close();
+        x.write("abc", 3);
+        x.unWrap();
+    }
+    EXPECT_EQ(empty.sizes(), (std::vector<std::size_t>{10, 2, 4, 4}));
+    EXPECT_EQ(empty.all(), k_header + "\x03\x00"s + std::string(8, '\0'));
+    EXPECT_EQ(destroyed.all(), compress("abc"));
+    EXPECT_EQ(destroyed.flushes + empty.flushes + dropped.flushes, 2);
+    EXPECT_EQ(dropped.writes.size(), 1u);
+
+    std::string content = mixedData(30000, 4);
+    ZUMGZIPOutputStream gz(first);
+    gz.write(content.data(), 15000);
+    gz.unWrap();
+    EXPECT_EQ(raised([&] { gz.write("x", 1); }), "RVKIllegalStateError() @" + k_write);
+    gz.finish();  // unwrapped: nothing
+    gz.wrap(second);
+    gz.write(content.data() + 15000, 15000);
+    gz.finish();
+    gz.write("next", 4);  // after finish(), a write opens a new member
+    gz.finish();
+    EXPECT_EQ(first.flushes + second.flushes, 2);
+    std::string all = first.all() + second.all();
+    std::size_t next = all.size() - compress("next").size();
+    EXPECT_TRUE(decodeWithOurReader(all.substr(0, next)) == content);
+    EXPECT_EQ(decodeWithOurReader(all.substr(next)), "next");
+}
+
+// A text exception of the downstream, wherever it is thrown, becomes a
+// ZUMIOException with errno, the text message and the text, raised with the
+// method text of the place. After a failed header write the next write starts
+// the member again; a failure in the destructor is swallowed.
+TEST(GZIPOutputStream, DownstreamFailuresAndMisuse)
+{
+    std::string content = testBytes(40000, 8);
+    RecordingOutputStream dry;
+    ZUMGZIPOutputStream counter(dry);
+    counter.write(content.data(), 20000);
+    counter.write(content.data() + 20000, 20000);
+    int during_write = static_cast<int>(dry.writes.size());
+    counter.finish();
+    int total = static_cast<int>(dry.writes.size());
+    struct Case { int throw_at; std::string method; } const cases[] = {  // n-th write (1: the header), 0: flush()
+        {1, k_write}, {2, k_write}, {during_write + 1, "int ZUMGZIPOutputStream::do_flush ( int )"},
+        {total - 1, "ZUMGZIPOutputStream::finish"}, {total, "ZUMGZIPOutputStream::finish"},
+        {0, "ZUMGZIPOutputStream::finish"},
+    };
+    for (auto const& c : cases) {
+        RecordingOutputStream down;
+        down.failAt(c.throw_at, "disk full");
+        ZUMGZIPOutputStream gz(down);
+        EXPECT_EQ(raised([&] {
+                      errno = 28, gz.write(content.data(), 20000), gz.write(content.data() + 20000, 20000), gz.finish();
+                  }),
+                  "ZUMIOException(1,28) #91fdd700 'disk full' @" + c.method);
+        gz.unWrap();  // the destructor then discards the member
+    }
+    RecordingOutputStream busy;
+    busy.failAt(1, "busy");
+    ZUMGZIPOutputStream again(busy);
+    EXPECT_THROW(again.write("abc", 3), ZUMIOException);
+    again.write("abc", 3);
+    again.finish();
+    EXPECT_EQ(busy.all(), compress("abc"));
+    busy.failAt(2, "gone");
+    ZUMGZIPOutputStream(busy).write("abc", 3);  // the destructor's finish fails; the failure is swallowed
+    ZUMGZIPOutputStream unwrapped;
+    EXPECT_EQ(raised([&] { unwrapped.write("x", 1); }), "RVKIllegalStateError() @" + k_write);
+    EXPECT_EQ(raised([&] { unwrapped.do_flush(Z_FINISH); }), "RVKAssertError(RVK_ASSERT(m_state);) @-");
+    EXPECT_EQ(raised([&] { unwrapped.writeInt32(1); }), "RVKAssertError(RVK_ASSERT(p_downstream);) @-");
+    unwrapped.finish();
+    RecordingOutputStream down;
+    ZUMGZIPOutputStream gz(down);
+    EXPECT_THROW(gz.write("x", -1), RVKAssertError);
+    EXPECT_THROW(gz.write(nullptr, 1), RVKAssertError);
+    EXPECT_TRUE(down.writes.empty());
+}
+

@@ -1,0 +1,108 @@
+#ifndef ZUM_TEST_FILES_H
+#define ZUM_TEST_FILES_H
+
+// Files and independent producers for tests: a temporary directory, whole
+// files, the fixtures of tests/data, external programs (python3, gzip; a test
+// skips when one is missing) and zlib's own deflate.
+
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+inline void writeFile(std::string const& path, std::string const& bytes)
+{
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::string readFile(std::string const& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// A file of tests/data, by its path below that directory.
+inline std::string dataFile(std::string const& name)
+{
+    return readFile(std::string(ZUM_TEST_DATA_DIR) + "/" + name);
+}
+
+// A fresh directory under the temporary directory, removed with its content
+// when the object goes.
+class TempDir {
+public:
+    TempDir() : m_path((std::filesystem::temp_directory_path() / "zumtest-XXXXXX").string())
+    {
+        if (!::mkdtemp(m_path.data())) {
+            throw std::runtime_error("mkdtemp failed");
+        }
+    }
+    ~TempDir() { std::error_code ignored; std::filesystem::remove_all(m_path, ignored); }
+    TempDir(TempDir const&) = delete;
+    TempDir& operator=(TempDir const&) = delete;
+
+    std::string const& path() const { return m_path; }
+    std::string file(std::string const& name) const { return m_path + "/" + name; }
+    // Writes `bytes` to the file `name` here and returns its path.
+    std::string write(std::string const& name, std::string const& bytes) const
+    {
+        writeFile(file(name), bytes);
+        return file(name);
+    }
+
+private:
+    std::string m_path;
+};
+
+// Whether descriptor `fd` is open on the file `path` (a closed descriptor may
+// be reused by the next open, for another file).
+inline bool fdIsOpenOn(int fd, std::string const& path)
+{
+    struct stat by_fd, by_path;
+    return ::fstat(fd, &by_fd) == 0 && ::stat(path.c_str(), &by_path) == 0 && by_fd.st_dev == by_path.st_dev &&
+           by_fd.st_ino == by_path.st_ino;
+}
+
+inline bool haveProgram(char const* program)
+{
+    return std::system((std::string("command -v ") + program + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+// Runs a shell command; returns whether it exited with 0.
+inline bool runCommand(std::string const& command)
+{
+    return std::system(command.c_str()) == 0;
+}
+
+inline std::string shellQuoted(std::string const& path)
+{
+    std::string q = "'";
+    for (char c : path) {
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return q + "'";
+}
+
+// zlib's deflate over `content` in one call, with the given window bits (-15:
+// raw deflate, 31: a gzip member made by zlib).
+inline std::string zlibDeflate(std::string const& content, int window_bits = 31)
+{
+    z_stream z{};
+    deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, window_bits, 8, Z_DEFAULT_STRATEGY);
+    std::string out(deflateBound(&z, content.size()) + 64, '\0');
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    z.avail_in = static_cast<uInt>(content.size());
+    z.next_out = reinterpret_cast<Bytef*>(&out[0]);
+    z.avail_out = static_cast<uInt>(out.size());
+    out.resize(deflate(&z, Z_FINISH) == Z_STREAM_END ? z.total_out : 0);
+    deflateEnd(&z);
+    return out;
+}
+
+#endif
