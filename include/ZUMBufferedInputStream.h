@@ -79,6 +79,8 @@ private:
     // nothing is buffered and n is positive.
     int readFromBuffer(RVKByteBuffer& dst, int n);
     int readFromBuffer(char* buf, int n);
+    template <class Destination>
+    int readFromBufferInto(Destination& dst, int n);
     // Empties the buffer and reads one refill; -1 without upstream or at the
     // upstream's end of stream.
     int readMore();

@@ -46,7 +46,8 @@ inline void ZUMBufferedInputStream::takeFromBuffer(char* buf, int n)
     m_read_pos += n;
 }
 
-inline int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
+template <class Destination>
+inline int ZUMBufferedInputStream::readFromBufferInto(Destination& dst, int n)
 {
     int have = buffered();
     if (have < n) {
@@ -60,18 +61,14 @@ inline int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
     return n;
 }
 
+inline int ZUMBufferedInputStream::readFromBuffer(RVKByteBuffer& dst, int n)
+{
+    return readFromBufferInto(dst, n);
+}
+
 inline int ZUMBufferedInputStream::readFromBuffer(char* buf, int n)
 {
-    int have = buffered();
-    if (have < n) {
-        if (have <= 0) {
-            return 0;
-        }
-        n = have;
-    }
-    n = n < 0 ? 0 : n;
-    takeFromBuffer(buf, n);
-    return n;
+    return readFromBufferInto(buf, n);
 }
 
 inline int ZUMBufferedInputStream::readMore()
