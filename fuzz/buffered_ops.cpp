@@ -3,8 +3,8 @@
 // unwrapped) driven by the input, checked against a model of the byte
 // sequence.
 //
-// Input: 8 setting bytes, a 2-byte length L, L bytes of source content,
-// then the operations, one code byte and its argument bytes each.
+// Input: 8 setting bytes, a 2-byte length L (modulo 2048), L bytes of source
+// content, then the operations, one code byte and its argument bytes each.
 //   0: bits 0-3 the refill size, bit 4 empty reads, bit 5 source failures,
 //      bit 6 the source refuses unread bytes
 //   1-4: source read sizes; 5-6: failing reads; 7: unused
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     std::uint8_t fail1 = in.byte();
     std::uint8_t fail2 = in.byte();
     in.byte();
-    std::string content = in.take(in.u16());
+    std::string content = in.take(in.u16() % 2048);
 
     FuzzSource source(content, sourceSteps, (mode & 16) ? 64 : 0, !(mode & 64));
     if (mode & 32) {
