@@ -132,9 +132,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
     if (ended) {
         // What came out is the member's content, and the stream stays ended.
-        FUZZ_CHECK(ref.ok || ref.header_crc_only);
-        if (ref.ok) {
-            FUZZ_CHECK(got == ref.out);
+        // (After a source failure inside the header, the next read starts a
+        // new header where the input then stands, so only undisturbed runs
+        // compare with zlib.)
+        if (!source.failed()) {
+            FUZZ_CHECK(ref.ok || ref.header_crc_only);
+            if (ref.ok) {
+                FUZZ_CHECK(got == ref.out);
+            }
         }
         FUZZ_CHECK(gzip.read() == -1);
     } else {
