@@ -23,7 +23,7 @@
 #include <vector>
 
 #include "RVKCore.h"
-#include "TempDir.h"
+#include "TestFiles.h"
 #include "ZUMStreams.h"
 
 namespace {
@@ -108,7 +108,7 @@ public:
                 return true;
             }
             stop();
-            why = "nginx did not start: " + slurp(m_dir.file("logs/error.log"));
+            why = "nginx did not start: " + readFile(m_dir.file("logs/error.log"));
         }
         return false;
     }
@@ -366,7 +366,7 @@ TEST(NginxPeer, DecodesGzipChunkedResponsesToTheFilesBytes)
             decoded.append(buf, static_cast<std::size_t>(n));
         }
         EXPECT_EQ(decoded.size(), f.size);
-        EXPECT_TRUE(decoded == slurp(dir.file("html/" + std::string(f.name))));
+        EXPECT_TRUE(decoded == readFile(dir.file("html/" + std::string(f.name))));
 
         // The member fills the body, and the body ends in the empty trailer.
         gunzip.unWrap();
