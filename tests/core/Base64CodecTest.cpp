@@ -117,6 +117,7 @@ TEST(Base64Codec, Padding)
         {"Zg==Zm9v", 0, ""},  // padding in a group that is not the last
         {"Zm9vYmFy", 1, "foobar"},
         {"Zm9vYmE", 0, "foo"},  // not a multiple of 4: the whole groups only
+        {"Zm9v\r\nYm", 0, "foo"}, {"=m9v", 0, ""}, {"Zm=v", 0, ""}, {"Zm9vY===", 0, "foo"},
     };
     for (Case const& c : cases) {
         Decoded d = decodeN(c.text);
