@@ -251,13 +251,13 @@ private:
         return it == run.counters.end() ? NAN : it->second.value;
     }
 
-    static std::string format(char const* spec, double value)
+    static std::string format(char const* pattern, double value)
     {
         if (std::isnan(value)) {
             return "";
         }
         char text[32];
-        std::snprintf(text, sizeof text, spec, value);
+        std::snprintf(text, sizeof text, pattern, value);
         return text;
     }
 
