@@ -37,16 +37,18 @@ struct SpecialBytes {
 
 constexpr SpecialBytes k_special;
 
-bool special(char c)
+// 1 when byte `c` is replaced, else 0 (an integer, so that four of them can
+// be combined without branches).
+unsigned special(char c)
 {
-    return k_special.is[static_cast<unsigned char>(c)] != 0;
+    return k_special.is[static_cast<unsigned char>(c)];
 }
 
 // The first byte from `at` that is replaced, or `end`. Four bytes a step
 // while none of them is.
 char const* skipRun(char const* at, char const* end)
 {
-    while (end - at >= 4 && !(special(at[0]) | special(at[1]) | special(at[2]) | special(at[3]))) {
+    while (end - at >= 4 && (special(at[0]) | special(at[1]) | special(at[2]) | special(at[3])) == 0) {
         at += 4;
     }
     while (at != end && !special(*at)) {
