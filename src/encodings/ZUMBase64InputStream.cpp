@@ -50,10 +50,15 @@ inline bool ZUMBase64InputStream::fetchGroup()
         empty_reads = 0;
         have += n;
     }
-    // The length is known: no terminating NUL, no search for it. A NUL among
-    // the four characters is rejected as any other byte outside the alphabet.
+    // The group is decoded as the NUL-terminated text it forms: a NUL among
+    // the four characters ends the text there (a leading NUL makes an empty
+    // group, which yields no byte and so ends the read).
+    unsigned length = 0;
+    while (length < 4 && text[length] != '\0') {
+        ++length;
+    }
     unsigned decoded = 0;
-    int sta = RVKBase64DecodeN(text, 4, m_decoded, &decoded);
+    int sta = RVKBase64DecodeN(text, length, m_decoded, &decoded);
     RVK_ASSERT(sta == 0);
     m_decoded_len = decoded;
     return m_decoded_len > 0;

@@ -153,6 +153,15 @@ TEST(Base64InputStream, ShortUpstreamReadsWrapUnwrapAndFailures)
     EXPECT_EQ(raised([&] { in.read(buf, 3); }), "RVKAssertError(RVK_ASSERT(sta == 0);) @-");
     EXPECT_FALSE(in.canUnread());
     EXPECT_THROW(in.unread("x", 1), char const*);
+    // A group is decoded as the NUL-terminated text it forms: a leading NUL
+    // makes an empty group (no byte: the read ends), a NUL inside a bad one.
+    ZUMMemoryInputStream leadingNul("\0YWIYWI=", 8), innerNul("Y\0WI", 4);
+    in.unWrap();
+    in.wrap(leadingNul);
+    EXPECT_EQ(in.read(buf, 3), -1);
+    in.unWrap();
+    in.wrap(innerNul);
+    EXPECT_EQ(raised([&] { in.read(buf, 3); }), "RVKAssertError(RVK_ASSERT(sta == 0);) @-");
 
     ScriptedInputStream source(
         {ScriptStep::data("Zm"), ScriptStep::throwText("not implemented"), ScriptStep::throwIO()});
