@@ -16,6 +16,8 @@
 #include <cstring>
 #include <string>
 
+#include <zlib.h>
+
 #include "RVKCore.h"
 #include "ZUMStreams.h"
 
@@ -264,6 +266,43 @@ inline int readOnce(ZUMInputStream& in, std::uint8_t step, int count, std::strin
 inline int readCount(std::uint8_t step)
 {
     return step == 0 ? 16384 : step;
+}
+
+
+// Refill sizes of the buffered stream under a chain, picked by 4 bits.
+int const k_chain_refill_sizes[16] = {1, 2, 3, 5, 8, 13, 64, 100, 255, 512, 1000, 4096, 8192, 16384, 16385, 65536};
+
+// What zlib's own gzip decoder makes of one member (and what follows it).
+struct ZlibGunzip {
+    bool ok = false;               // the member and its trailer decoded
+    bool header_crc_only = false;  // refused only for the header CRC16
+    std::string out;               // the bytes it delivered
+    std::size_t consumed = 0;      // bytes of the member, header to trailer
+};
+
+inline ZlibGunzip zlibGunzip(std::string const& member)
+{
+    ZlibGunzip ref;
+    z_stream z;
+    std::memset(&z, 0, sizeof z);
+    if (inflateInit2(&z, 16 + 15) != Z_OK) {
+        std::abort();
+    }
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(member.data()));
+    z.avail_in = static_cast<uInt>(member.size());
+    char out[16384];
+    int ret;
+    do {
+        z.next_out = reinterpret_cast<Bytef*>(out);
+        z.avail_out = sizeof out;
+        ret = inflate(&z, Z_NO_FLUSH);
+        ref.out.append(out, sizeof out - z.avail_out);
+    } while (ret == Z_OK);
+    ref.ok = ret == Z_STREAM_END;
+    ref.header_crc_only = ret == Z_DATA_ERROR && z.msg && std::strcmp(z.msg, "header crc mismatch") == 0;
+    ref.consumed = static_cast<std::size_t>(z.total_in);
+    inflateEnd(&z);
+    return ref;
 }
 
 #endif

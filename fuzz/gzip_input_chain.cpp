@@ -16,45 +16,9 @@
 // after unWrap() the bytes behind the member come back, and in the chain the
 // trailer is still in the buffered stream.
 
-#include <zlib.h>
-
 #include "FuzzSupport.h"
 
 namespace {
-
-int const k_refill_sizes[16] = {1, 2, 3, 5, 8, 13, 64, 100, 255, 512, 1000, 4096, 8192, 16384, 16385, 65536};
-
-struct Reference {
-    bool ok = false;             // zlib decoded the member and its trailer
-    bool header_crc_only = false;  // zlib refused only the header CRC16 (not checked here)
-    std::string out;
-    std::size_t consumed = 0;    // bytes of the member, header to trailer
-};
-
-Reference inflateGzip(std::string const& member)
-{
-    Reference ref;
-    z_stream z;
-    std::memset(&z, 0, sizeof z);
-    if (inflateInit2(&z, 16 + 15) != Z_OK) {
-        std::abort();
-    }
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(member.data()));
-    z.avail_in = static_cast<uInt>(member.size());
-    char out[16384];
-    int ret;
-    do {
-        z.next_out = reinterpret_cast<Bytef*>(out);
-        z.avail_out = sizeof out;
-        ret = inflate(&z, Z_NO_FLUSH);
-        ref.out.append(out, sizeof out - z.avail_out);
-    } while (ret == Z_OK);
-    ref.ok = ret == Z_STREAM_END;
-    ref.header_crc_only = ret == Z_DATA_ERROR && z.msg && std::strcmp(z.msg, "header crc mismatch") == 0;
-    ref.consumed = static_cast<std::size_t>(z.total_in);
-    inflateEnd(&z);
-    return ref;
-}
 
 // The bytes as a chunked body: chunks of `size` bytes, the last chunk, one
 // trailer field and the final empty line.
@@ -88,13 +52,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
     bool chain = mode & 1;
     bool disturbed = (mode & 2) || (mode & 4);
-    Reference ref = inflateGzip(member);
+    ZlibGunzip ref = zlibGunzip(member);
 
     FuzzSource source(chain ? frame(member, style) : member, sourceSteps, (mode & 2) ? 16 : 0, true);
     if (mode & 4) {
         source.failAt(1 + failures % 8, 2 + failures / 8);
     }
-    ZUMBufferedInputStream bis(source, k_refill_sizes[mode >> 4]);
+    ZUMBufferedInputStream bis(source, k_chain_refill_sizes[mode >> 4]);
     ZUMChunkedInputStream chunked(bis);
     if (!chain) {
         bis.unWrap();  // nothing read yet: nothing to hand back
