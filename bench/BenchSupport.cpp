@@ -2,44 +2,13 @@
 
 #include <zlib.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <new>
 #include <stdexcept>
 
-// ---- the replacing allocation functions --------------------------------------
-// Every operator new of the program, the libraries' included, comes here; the
-// array and nothrow forms forward to this one.
-
-namespace {
-std::atomic<std::size_t> g_allocations{0};
-}  // namespace
-
-std::size_t allocationCount()
-{
-    return g_allocations.load(std::memory_order_relaxed);
-}
-
-void* operator new(std::size_t size)
-{
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
+// The replacing allocation functions and allocationCount() come from the
+// test program's counter (tests/support/AllocationCounter.cpp).
 
 void SteadyAllocations::report(benchmark::State& state) const
 {

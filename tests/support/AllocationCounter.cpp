@@ -2,10 +2,12 @@
 #include <cstdlib>
 #include <new>
 
-#include "TestStreams.h"
+// The one replacement of the global allocation functions of a program (the
+// test program and the benchmark program both link it): plain malloc and free
+// with a counter. The array and nothrow forms forward to these.
 
-// The one replacement of the global allocation functions in the test program:
-// plain malloc and free with a counter. The other forms forward to these.
+// The number of operator new calls so far.
+std::size_t allocationCount();
 
 static std::atomic<std::size_t> g_allocations{0};
 
