@@ -25,10 +25,11 @@
 class ZUMBlockInputStream : public ZUMFilterInputStream {
 public:
     // Owns a new, unwrapped buffered stream with refills of `size` bytes. No
-    // block is open. An allocation failure passes as the allocator reports it.
+    // block is open. Raises RVKIllegalArgumentError for a size below 1; an
+    // allocation failure passes as the allocator reports it.
     explicit ZUMBlockInputStream(int size);
     // Owns a new buffered stream with refills of `size` bytes, wrapped around
-    // `in`. No block is open.
+    // `in`. No block is open. Raises as above.
     ZUMBlockInputStream(ZUMInputStream& in, int size);
     // Reads through the caller's buffered stream `bis`, as it is wrapped.
     explicit ZUMBlockInputStream(ZUMBufferedInputStream& bis);

@@ -27,13 +27,16 @@
 // - readline() reads again, up to 1000 times in a row, and then returns 0
 //   with nothing appended; the start of the line stays buffered for the next
 //   call.
-// A size of 0 or less is not checked; the buffer then starts with no room.
+// The refill size must be 1 or more: a smaller one is refused at
+// construction (a refill of 0 bytes would never make progress).
 // A negative count to a read or to unread() is treated as 0.
 class ZUMBufferedInputStream : public ZUMFilterInputStream {
 public:
-    // An unwrapped stream whose refills ask for `size` bytes.
+    // An unwrapped stream whose refills ask for `size` bytes. Raises
+    // RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.
     explicit ZUMBufferedInputStream(int size);
     // A stream wrapped around `upstream`, with refills of `size` bytes.
+    // Raises as above.
     ZUMBufferedInputStream(ZUMInputStream& upstream, int size);
     // Releases the buffer; does not unwrap, nor touch the upstream.
     ~ZUMBufferedInputStream() override;

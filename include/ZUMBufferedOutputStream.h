@@ -15,14 +15,15 @@
 // does not flush: buffered bytes are lost unless flush() or unWrap() passed
 // them on first.
 //
-// The size must be 1 or more; a count below 0 is not supported.
+// The size must be 1 or more (a smaller one is refused at construction); a
+// write with a count below 0 takes nothing.
 class ZUMBufferedOutputStream : public ZUMFilterOutputStream {
 public:
     // A stream wrapped around `downstream`, buffering `size` bytes.
-    // Raises RVKOutOfMemoryError.
+    // Raises RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.
     ZUMBufferedOutputStream(ZUMOutputStream& downstream, int size);
     // An unwrapped stream buffering `size` bytes; wrap() attaches it.
-    // Raises RVKOutOfMemoryError.
+    // Raises RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.
     explicit ZUMBufferedOutputStream(int size);
     // Releases the buffer; buffered bytes are lost.
     ~ZUMBufferedOutputStream() override;
@@ -30,8 +31,9 @@ public:
     // Takes the bytes; the downstream sees writes of exactly the buffer size.
     // Raises RVKAssertError "RVK_ASSERT(bytes);" for null bytes (count 0
     // included) and "RVK_ASSERT(p_downstream);" when bytes must be passed on
-    // while unwrapped (nothing of the write is taken then); exceptions of the
-    // downstream pass unchanged.
+    // while unwrapped: the bytes that filled the buffer stay buffered (a
+    // later flush() after wrap() passes them on), the rest of the write is
+    // not taken. Exceptions of the downstream pass unchanged.
     void write(char const* bytes, int count) override;
     // Hands the buffered bytes, if any, to the downstream in one write and
     // empties the buffer. An empty buffer calls nothing. Raises
@@ -41,7 +43,8 @@ public:
 
 private:
     // 0 <= m_buffer.pcount() < m_buffer_size between calls, except after a
-    // downstream failure inside flush(), when the full buffer is kept.
+    // failed flush() (no downstream, or the downstream raised), when the full
+    // buffer is kept.
     RVKByteBuffer m_buffer;
     int m_buffer_size;
 };

@@ -34,10 +34,11 @@ class ZUMChunkedInputStream : public ZUMFilterInputStream {
 public:
     // Owns a new, unwrapped buffered stream with refills of `size` bytes.
     // Wrap it before the first read: a read without input ends the body.
-    // Raises RVKOutOfMemoryError when the allocation fails.
+    // Raises RVKIllegalArgumentError for a size below 1 and
+    // RVKOutOfMemoryError when the allocation fails.
     explicit ZUMChunkedInputStream(int size);
     // Owns a new buffered stream with refills of `size` bytes, wrapped
-    // around `in`. Raises RVKOutOfMemoryError when the allocation fails.
+    // around `in`. Raises as above.
     ZUMChunkedInputStream(ZUMInputStream& in, int size);
     // Reads through the caller's buffered stream `bis`, as it is wrapped.
     explicit ZUMChunkedInputStream(ZUMBufferedInputStream& bis);

@@ -22,11 +22,12 @@
 // body, and a second close() writes a second last chunk. The destructor
 // writes nothing: collected bytes are dropped and the body is left open.
 //
-// The chunk size must be 1 or more; a count below 0 is not supported.
+// The chunk size must be 1 or more (a smaller one is refused at construction);
+// a write with a count below 0 writes nothing.
 class ZUMChunkedOutputStream : public ZUMFilterOutputStream {
 public:
-    // A stream writing chunks of `size` data bytes to `out`.
-    // Raises RVKOutOfMemoryError.
+    // A stream writing chunks of `size` data bytes to `out`. Raises
+    // RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.
     ZUMChunkedOutputStream(ZUMOutputStream& out, int size);
     // Releases the buffers; writes nothing.
     ~ZUMChunkedOutputStream() override;

@@ -49,7 +49,11 @@ struct z_stream_s;
 // exception ends the read in which it happens, the stream can be read again,
 // and bytes that the read had already decoded are not delivered (the CRC-32
 // check then reports the member as damaged). One that comes while the
-// trailer is being read leaves the member failed (0x91f342d7 from then on).
+// trailer is being read (a text exception included) leaves the member ended:
+// later reads return -1, as after input that ends inside the trailer. Such a
+// member is NOT verified: its CRC-32 and length were never compared, so a
+// caller that needs verified data treats that exception as a failure of the
+// member.
 //
 // Choices of this class:
 // - A member whose input ends inside the deflate data: the read that finds

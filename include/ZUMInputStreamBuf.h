@@ -22,7 +22,8 @@
 // as ended.
 class ZUMInputStreamBuf : public std::streambuf {
 public:
-    // Reads `stream` in reads of `bufferSize` bytes (at least 1).
+    // Reads `stream` in reads of `bufferSize` bytes. Raises
+    // RVKIllegalArgumentError for a size below 1.
     explicit ZUMInputStreamBuf(ZUMInputStream& stream, int bufferSize = 16384);
     ~ZUMInputStreamBuf() override;
 

@@ -13,7 +13,8 @@
 class ZUMMemoryOutputStream : public ZUMOutputStream {
 public:
     // The two values are the byte buffer's sizing arguments (initial room,
-    // growth step). Raises RVKOutOfMemoryError.
+    // growth step), 0 or more each. Raises RVKIllegalArgumentError for a
+    // negative one, RVKOutOfMemoryError.
     ZUMMemoryOutputStream(int initial = 1024, int increment = 1024);
     ~ZUMMemoryOutputStream() override;
 

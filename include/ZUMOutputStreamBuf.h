@@ -22,7 +22,8 @@
 // (without calling the stream's flush) and swallows any exception.
 class ZUMOutputStreamBuf : public std::streambuf {
 public:
-    // Writes to `stream`, collecting up to `bufferSize` bytes (at least 1).
+    // Writes to `stream`, collecting up to `bufferSize` bytes. Raises
+    // RVKIllegalArgumentError for a size below 1.
     explicit ZUMOutputStreamBuf(ZUMOutputStream& stream, int bufferSize = 16384);
     ~ZUMOutputStreamBuf() override;
 

@@ -173,12 +173,11 @@ void ZUMGZIPInputStream::readHeader()
 
 void ZUMGZIPInputStream::checkTrailer()
 {
-    // Failed until the trailer has been read: an upstream exception in the
-    // middle of it must not leave the member looking ended.
-    m_err = Z_DATA_ERROR;
+    // m_err is already Z_STREAM_END: an exception of the upstream while the
+    // trailer is read leaves the member ended, unverified, as does input that
+    // ends inside the trailer.
     std::uint32_t stored_crc = getUint32();
     std::uint32_t stored_length = getUint32();
-    m_err = Z_STREAM_END;
     if (m_eof) {
         ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
     }

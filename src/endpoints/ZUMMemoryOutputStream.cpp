@@ -1,9 +1,20 @@
 #include "ZUMMemoryOutputStream.h"
 
 #include "RVKMacros.h"
+#include "ZUMRaise.h"
+
+namespace {
+
+unsigned checked(int size)
+{
+    return static_cast<unsigned>(::zum_detail::checkedSize(
+        RVK_HERE, size, 0, "ZUMMemoryOutputStream::ZUMMemoryOutputStream - sizes must be 0 or more"));
+}
+
+}  // namespace
 
 ZUMMemoryOutputStream::ZUMMemoryOutputStream(int initial, int increment)
-    : m_buffer(static_cast<unsigned>(initial), static_cast<unsigned>(increment))
+    : m_buffer(checked(initial), checked(increment))
 {
 }
 

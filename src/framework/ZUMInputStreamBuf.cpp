@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <climits>
 
+#include "ZUMRaise.h"
+
 namespace {
 
 int const k_max_empty_reads = 1000;
@@ -10,7 +12,8 @@ int const k_max_empty_reads = 1000;
 }  // namespace
 
 ZUMInputStreamBuf::ZUMInputStreamBuf(ZUMInputStream& stream, int bufferSize)
-    : m_stream(stream), m_buffer(static_cast<std::size_t>(bufferSize < 1 ? 1 : bufferSize)),
+    : m_stream(stream), m_buffer(static_cast<std::size_t>(ZUM_POSITIVE_SIZE(
+          bufferSize, "ZUMInputStreamBuf::ZUMInputStreamBuf - bufferSize must be 1 or more"))),
       m_at_end(false)
 {
     setg(m_buffer.data(), m_buffer.data(), m_buffer.data());

@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <climits>
 
+#include "ZUMRaise.h"
+
 ZUMOutputStreamBuf::ZUMOutputStreamBuf(ZUMOutputStream& stream, int bufferSize)
-    : m_stream(stream), m_buffer(static_cast<std::size_t>(bufferSize < 1 ? 1 : bufferSize))
+    : m_stream(stream), m_buffer(static_cast<std::size_t>(ZUM_POSITIVE_SIZE(
+          bufferSize, "ZUMOutputStreamBuf::ZUMOutputStreamBuf - bufferSize must be 1 or more")))
 {
     setp(m_buffer.data(), m_buffer.data() + m_buffer.size());
 }

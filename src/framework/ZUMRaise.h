@@ -3,6 +3,7 @@
 
 // Raising helpers shared by the streams of this library (internal header).
 
+#include "RVKIllegalArgumentError.h"
 #include "RVKMacros.h"
 #include "RVKMessageString.h"
 #include "ZUMIOException.h"
@@ -35,6 +36,16 @@ namespace zum_detail {
     raised.hurl(where, method, "RVK_THROW");
 }
 
+// `size` when it is at least `minimum`; otherwise raises
+// RVKIllegalArgumentError with the method text, which names the argument.
+inline int checkedSize(RVKFileLocation const& where, int size, int minimum, char const* method)
+{
+    if (size < minimum) {
+        RVKIllegalArgumentError(0, nullptr).hurl(where, method, "RVK_THROW");
+    }
+    return size;
+}
+
 }  // namespace zum_detail
 
 // Raises the I/O failure `number` with `code` from the calling statement.
@@ -44,5 +55,8 @@ namespace zum_detail {
 // As ZUM_RAISE_IO, with two texts (file name and error text) as messages.
 #define ZUM_RAISE_IO_TEXTS(method, code, number, text1, text2)                 \
     ::zum_detail::raiseIO(RVK_HERE, (method), (code), (number), 2, (text1), (text2))
+
+// A size argument of 1 or more, checked where the calling statement stands.
+#define ZUM_POSITIVE_SIZE(size, method) ::zum_detail::checkedSize(RVK_HERE, (size), 1, (method))
 
 #endif

@@ -2,8 +2,12 @@
 
 #include <climits>
 
+#include "ZUMRaise.h"
+
 ZUMBlockInputStream::ZUMBlockInputStream(int size)
-    : m_bis(new ZUMBufferedInputStream(size)), m_owns_bis(1), m_current_block_bytes(0)
+    : m_bis(new ZUMBufferedInputStream(ZUM_POSITIVE_SIZE(
+          size, "ZUMBlockInputStream::ZUMBlockInputStream - size must be 1 or more"))),
+      m_owns_bis(1), m_current_block_bytes(0)
 {
     ZUMFilterInputStream::wrap(*m_bis);
 }

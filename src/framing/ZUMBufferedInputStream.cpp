@@ -4,6 +4,7 @@
 
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
+#include "ZUMRaise.h"
 
 namespace {
 
@@ -11,15 +12,14 @@ namespace {
 // ended and readline() gives up for this call.
 int const k_max_empty_refills = 1000;
 
-unsigned roomFor(int size)
-{
-    return size > 0 ? static_cast<unsigned>(size) : 0u;
-}
+char const k_size_method[] = "ZUMBufferedInputStream::ZUMBufferedInputStream - size must be 1 or more";
 
 }  // namespace
 
 ZUMBufferedInputStream::ZUMBufferedInputStream(int size)
-    : m_buffer(roomFor(size), roomFor(size)), m_buffer_size(size), m_read_pos(0)
+    : m_buffer(static_cast<unsigned>(ZUM_POSITIVE_SIZE(size, k_size_method)),
+               static_cast<unsigned>(size)),
+      m_buffer_size(size), m_read_pos(0)
 {
 }
 

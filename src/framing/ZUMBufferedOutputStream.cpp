@@ -1,15 +1,27 @@
 #include "ZUMBufferedOutputStream.h"
 
 #include "RVKMacros.h"
+#include "ZUMRaise.h"
+
+namespace {
+
+char const k_size_method[] = "ZUMBufferedOutputStream::ZUMBufferedOutputStream - size must be 1 or more";
+
+unsigned checked(int size)
+{
+    return static_cast<unsigned>(ZUM_POSITIVE_SIZE(size, k_size_method));
+}
+
+}  // namespace
 
 ZUMBufferedOutputStream::ZUMBufferedOutputStream(ZUMOutputStream& downstream, int size)
-    : ZUMFilterOutputStream(downstream), m_buffer(static_cast<unsigned>(size), 512),
+    : ZUMFilterOutputStream(downstream), m_buffer(checked(size), 512),
       m_buffer_size(size)
 {
 }
 
 ZUMBufferedOutputStream::ZUMBufferedOutputStream(int size)
-    : m_buffer(static_cast<unsigned>(size), 512), m_buffer_size(size)
+    : m_buffer(checked(size), 512), m_buffer_size(size)
 {
 }
 
@@ -28,12 +40,10 @@ void ZUMBufferedOutputStream::write(char const* bytes, int count)
             count -= m_buffer_size;
             continue;
         }
+        // Top the buffer up; once full it goes on. Without a downstream the
+        // flush fails and the appended bytes stay buffered for a later one.
         int room = m_buffer_size - buffered;
         int n = count < room ? count : room;
-        if (buffered + n == m_buffer_size) {
-            // These bytes fill the buffer, which then has to go on.
-            RVK_ASSERT(p_downstream);
-        }
         m_buffer.appendChars(bytes, static_cast<unsigned>(n));
         bytes += n;
         count -= n;

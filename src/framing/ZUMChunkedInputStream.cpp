@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "RVKMacros.h"
+#include "ZUMRaise.h"
 
 // The value of the hexadecimal digits at the start of `s`, accumulated modulo
 // 2^32 and returned as a signed 32-bit number; 0 for a null or empty string or
@@ -34,6 +35,7 @@ static int hex_atoi(char const* s)
 ZUMChunkedInputStream::ZUMChunkedInputStream(int size)
     : m_bis(nullptr), m_owns_bis(1), m_current_chunk_bytes(0), m_chunk_line(256, 256)
 {
+    ZUM_POSITIVE_SIZE(size, "ZUMChunkedInputStream::ZUMChunkedInputStream - size must be 1 or more");
     m_bis = RVK_GUARDED_NEW(new ZUMBufferedInputStream(size));
     ZUMFilterInputStream::wrap(*m_bis);
 }

@@ -1,15 +1,18 @@
 #include "ZUMChunkedOutputStream.h"
 
 #include "RVKMacros.h"
+#include "ZUMRaise.h"
 
 namespace {
 
 char const k_crlf[] = "\r\n";
+char const k_size_method[] = "ZUMChunkedOutputStream::ZUMChunkedOutputStream - size must be 1 or more";
 
 }  // namespace
 
 ZUMChunkedOutputStream::ZUMChunkedOutputStream(ZUMOutputStream& out, int size)
-    : m_out(out), m_chunk(static_cast<unsigned>(size), static_cast<unsigned>(size)),
+    : m_out(out), m_chunk(static_cast<unsigned>(ZUM_POSITIVE_SIZE(size, k_size_method)),
+                         static_cast<unsigned>(size)),
       m_size_line(256, 256), m_chunk_size(size)
 {
     ZUMFilterOutputStream::wrap(out);

@@ -133,7 +133,9 @@ TEST(GZIPInputStream, FailureTable)
         {{data(bad_length)}, failure(-3, "c1c66a72"), corrupt},
         {{data(member.substr(0, member.size() - 3))}, failure(1, "91f36c62"), "none"},
         {{data(member.substr(0, trailer + 3)), ScriptStep::throwText("reset"), data(member.substr(trailer + 3))},
-         "ZUMIOException(1,0) #91fdd700 'reset' @ZUMGZIPInputStream::read", corrupt},
+         "ZUMIOException(1,0) #91fdd700 'reset' @ZUMGZIPInputStream::read", "none"},  // ended, unverified
+        {{data(member.substr(0, trailer + 6)), ScriptStep::throwIO(), data(member.substr(trailer + 6))},
+         "ZUMIOException(1,5) @ScriptedInputStream::read", "none"},
         {{data(k_header + "\x07\0\0"s)}, corrupt, corrupt},  // a reserved block type
     };
     for (std::size_t keep : {std::size_t(11), member.size() / 3, member.size() - 9}) {

@@ -43,19 +43,22 @@ TEST(BufferedOutputStream, FlushCloseUnwrapDestructionFailuresAndMisuse)
         out.flush();  // empty and unwrapped: nothing
         EXPECT_EQ(raised([&] { out.write(nullptr, 0); }), "RVKAssertError(RVK_ASSERT(bytes);) @-");
         out.write("ab", 2);
+        // "cd" fills the buffer and stays in it when the flush fails; "ef" is
+        // not taken, nor anything of a later write while the buffer is full.
         std::string const unwrapped = "RVKAssertError(RVK_ASSERT(p_downstream);) @-";
         EXPECT_EQ(raised([&] { out.write("cdef", 4); }), unwrapped);
         EXPECT_EQ(raised([&] { out.write("0123456789", 10); }), unwrapped);
         EXPECT_EQ(raised([&] { out.flush(); }), unwrapped);
         out.wrap(down);
         EXPECT_EQ(raised([&] { out.wrap(down); }), "RVKAssertError(RVK_ASSERT(!p_downstream);) @-");
-        out.write("c", 1);
+        out.flush();
+        out.write("abc", 3);
         down.failAt(1, "disk full");
         EXPECT_EQ(raised([&] { out.write("d", 1); }), "text: disk full");
         out.write("e", 1);
         out.flush();
         out.write("fg", 2);
     }
-    EXPECT_EQ(down.writes, (std::vector<std::string>{"abc", "abcd", "e"}));
+    EXPECT_EQ(down.writes, (std::vector<std::string>{"abc", "abcd", "abcd", "e"}));
     EXPECT_EQ(down.flushes + down.closes, 0);
 }

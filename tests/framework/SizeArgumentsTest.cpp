@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+
+#include "TestStreams.h"
+
+// Every size argument of the library, with values that cannot work: each ends
+// in RVKIllegalArgumentError naming the argument, at construction, before
+// anything is allocated or read. CTest bounds the run, so a size that made a
+// stream spin would fail here instead of hanging.
+TEST(SizeArguments, ValuesThatCannotWorkAreRefused)
+{
+    auto refused = [](char const* method) { return std::string("RVKIllegalArgumentError() @") + method; };
+    std::string const bis = refused("ZUMBufferedInputStream::ZUMBufferedInputStream - size must be 1 or more");
+    std::string const bos = refused("ZUMBufferedOutputStream::ZUMBufferedOutputStream - size must be 1 or more");
+    std::string const block = refused("ZUMBlockInputStream::ZUMBlockInputStream - size must be 1 or more");
+    std::string const cis = refused("ZUMChunkedInputStream::ZUMChunkedInputStream - size must be 1 or more");
+    std::string const cos = refused("ZUMChunkedOutputStream::ZUMChunkedOutputStream - size must be 1 or more");
+    std::string const mos = refused("ZUMMemoryOutputStream::ZUMMemoryOutputStream - sizes must be 0 or more");
+    std::string const isb = refused("ZUMInputStreamBuf::ZUMInputStreamBuf - bufferSize must be 1 or more");
+    std::string const osb = refused("ZUMOutputStreamBuf::ZUMOutputStreamBuf - bufferSize must be 1 or more");
+
+    ZUMMemoryInputStream in("abc\r\n", 5);
+    ZUMMemoryOutputStream out(16, 16);
+    struct Case { int size; std::function<void(int)> make; std::string expected; };
+    std::vector<Case> const cases = {
+        {0, [](int n) { ZUMBufferedInputStream s(n); }, bis},
+        {-1, [&](int n) { ZUMBufferedInputStream s(in, n); }, bis},
+        {0, [&](int n) { ZUMBufferedOutputStream s(out, n); s.write("ab", 2); }, bos},
+        {INT_MIN, [](int n) { ZUMBufferedOutputStream s(n); }, bos},
+        {0, [&](int n) { ZUMBlockInputStream s(in, n); }, block},
+        {-4096, [](int n) { ZUMBlockInputStream s(n); }, block},
+        {0, [&](int n) { ZUMChunkedInputStream s(in, n); }, cis},
+        {-1, [](int n) { ZUMChunkedInputStream s(n); }, cis},
+        {0, [&](int n) { ZUMChunkedOutputStream s(out, n); s.write("ab", 2); }, cos},
+        {INT_MIN, [&](int n) { ZUMChunkedOutputStream s(out, n); }, cos},
+        {-1, [](int n) { ZUMMemoryOutputStream s(n, 16); }, mos},
+        {-1, [](int n) { ZUMMemoryOutputStream s(16, n); }, mos},
+        {0, [&](int n) { ZUMInputStreamBuf b(in, n); }, isb},
+        {-1, [&](int n) { ZUMOutputStreamBuf b(out, n); }, osb},
+    };
+    for (auto const& c : cases) {
+        EXPECT_EQ(raised([&] { c.make(c.size); }), c.expected) << "size " << c.size;
+    }
+    EXPECT_EQ(in.read(), 'a') << "nothing was read from the stream beneath";
+    EXPECT_EQ(out.length(), 0) << "nothing was written to the stream beneath";
+}
+
+// The smallest sizes that work, and the values whose meaning is fixed (a
+// block of 0 or less, no line breaks), keep their behaviour.
+TEST(SizeArguments, SmallestWorkingValuesKeepTheirBehaviour)
+{
+    std::string const text = "0123456789\r\nabc";
+    {
+        ZUMMemoryInputStream raw(text.data(), static_cast<int>(text.size()));
+        ZUMBufferedInputStream bis(raw, 1);
+        RVKByteBuffer line(0, 16);
+        EXPECT_EQ(bis.readline(line), 12);
+        EXPECT_EQ(drain(bis, 1), "abc");
+    }
+    {
+        ZUMMemoryOutputStream mem(0, 0);
+        ZUMChunkedOutputStream chunked(mem, 1);
+        ZUMBufferedOutputStream buffered(chunked, 1);
+        buffered.write("ab", 2);
+        chunked.close();
+        EXPECT_EQ(std::string(mem.bytes(), static_cast<std::size_t>(mem.length())),
+                  "1\r\na\r\n1\r\nb\r\n0\r\n\r\n");
+        ZUMMemoryInputStream raw(mem.bytes(), mem.length());
+        ZUMChunkedInputStream dechunk(raw, 1);
+        EXPECT_EQ(drain(dechunk, 7), "ab");
+    }
+    for (int n : {0, -1, INT_MIN}) {
+        ZUMMemoryInputStream raw(text.data(), static_cast<int>(text.size()));
+        ZUMBlockInputStream block(raw, 1);
+        block.resetBlockSize(n);
+        EXPECT_EQ(block.read(), -1) << "block size " << n;
+        block.resetBlockSize(3);
+        EXPECT_EQ(drain(block, 2), "012");
+    }
+    ZUMMemoryOutputStream mem(0, 0);
+    ZUMBase64OutputStream b64(mem);
+    b64.lineBreak(0);
+    b64.write(std::string(300, 'x').data(), 300);
+    EXPECT_EQ(mem.length(), 400) << "no line breaks";
+}
