@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "ZUMExport.h"
 #include "ZUMFilterInputStream.h"
 
 // An input filter that reads Base64 text from its upstream and delivers the
@@ -30,7 +31,7 @@
 // detaches without handing anything back: text already read is consumed and
 // decoded bytes not yet delivered are dropped. The destructor of a wrapped
 // stream unwraps it, discarding any failure.
-class ZUMBase64InputStream : public ZUMFilterInputStream {
+class ZUM_API ZUMBase64InputStream : public ZUMFilterInputStream {
 public:
     // An unwrapped stream; wrap() attaches the Base64 text.
     ZUMBase64InputStream();

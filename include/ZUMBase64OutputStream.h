@@ -1,6 +1,7 @@
 #ifndef ZUM_BASE64_OUTPUT_STREAM_H
 #define ZUM_BASE64_OUTPUT_STREAM_H
 
+#include "ZUMExport.h"
 #include "ZUMFilterOutputStream.h"
 
 // An output filter that encodes what is written to it as Base64 text and
@@ -20,7 +21,7 @@
 // flushed nor closed. close() does nothing (a pending group stays pending).
 // The destructor of a wrapped stream unwraps it, which writes the pending
 // group, and discards any failure of that.
-class ZUMBase64OutputStream : public ZUMFilterOutputStream {
+class ZUM_API ZUMBase64OutputStream : public ZUMFilterOutputStream {
 public:
     // An unwrapped stream; wrap() attaches the downstream.
     ZUMBase64OutputStream();

@@ -2,6 +2,7 @@
 #define ZUM_BLOCK_INPUT_STREAM_H
 
 #include "ZUMBufferedInputStream.h"
+#include "ZUMExport.h"
 #include "ZUMFilterInputStream.h"
 
 // An input filter that delivers a block of a set number of bytes from the
@@ -22,7 +23,7 @@
 // Ownership: the stream given to a constructor or to wrap() is referenced,
 // never owned. An owned m_bis is deleted by the destructor without being
 // unwrapped, so its read-ahead is lost unless unWrap() was called.
-class ZUMBlockInputStream : public ZUMFilterInputStream {
+class ZUM_API ZUMBlockInputStream : public ZUMFilterInputStream {
 public:
     // Owns a new, unwrapped buffered stream with refills of `size` bytes. No
     // block is open. Raises RVKIllegalArgumentError for a size below 1; an

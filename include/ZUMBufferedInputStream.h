@@ -2,6 +2,7 @@
 #define ZUM_BUFFERED_INPUT_STREAM_H
 
 #include "RVKByteBuffer.h"
+#include "ZUMExport.h"
 #include "ZUMFilterInputStream.h"
 
 // An input filter that reads its upstream in refills of a fixed size, hands
@@ -30,7 +31,7 @@
 // The refill size must be 1 or more: a smaller one is refused at
 // construction (a refill of 0 bytes would never make progress).
 // A negative count to a read or to unread() is treated as 0.
-class ZUMBufferedInputStream : public ZUMFilterInputStream {
+class ZUM_API ZUMBufferedInputStream : public ZUMFilterInputStream {
 public:
     // An unwrapped stream whose refills ask for `size` bytes. Raises
     // RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.

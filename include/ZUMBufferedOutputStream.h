@@ -2,6 +2,7 @@
 #define ZUM_BUFFERED_OUTPUT_STREAM_H
 
 #include "RVKByteBuffer.h"
+#include "ZUMExport.h"
 #include "ZUMFilterOutputStream.h"
 
 // An output filter that collects small writes in a buffer of a fixed size and
@@ -17,7 +18,7 @@
 //
 // The size must be 1 or more (a smaller one is refused at construction); a
 // write with a count below 0 takes nothing.
-class ZUMBufferedOutputStream : public ZUMFilterOutputStream {
+class ZUM_API ZUMBufferedOutputStream : public ZUMFilterOutputStream {
 public:
     // A stream wrapped around `downstream`, buffering `size` bytes.
     // Raises RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.

@@ -3,6 +3,7 @@
 
 #include "RVKByteBuffer.h"
 #include "ZUMBufferedInputStream.h"
+#include "ZUMExport.h"
 #include "ZUMFilterInputStream.h"
 
 // An input filter that decodes one body in the HTTP/1.1 chunked transfer
@@ -30,7 +31,7 @@
 // Ownership: the stream given to a constructor or to wrap() is referenced,
 // never owned. An owned m_bis is deleted by the destructor without being
 // unwrapped, so its read-ahead is lost unless unWrap() was called.
-class ZUMChunkedInputStream : public ZUMFilterInputStream {
+class ZUM_API ZUMChunkedInputStream : public ZUMFilterInputStream {
 public:
     // Owns a new, unwrapped buffered stream with refills of `size` bytes.
     // Wrap it before the first read: a read without input ends the body.

@@ -2,6 +2,7 @@
 #define ZUM_CHUNKED_OUTPUT_STREAM_H
 
 #include "RVKByteBuffer.h"
+#include "ZUMExport.h"
 #include "ZUMFilterOutputStream.h"
 
 // An output filter that writes what it is given as a body in the HTTP/1.1
@@ -24,7 +25,7 @@
 //
 // The chunk size must be 1 or more (a smaller one is refused at construction);
 // a write with a count below 0 writes nothing.
-class ZUMChunkedOutputStream : public ZUMFilterOutputStream {
+class ZUM_API ZUMChunkedOutputStream : public ZUMFilterOutputStream {
 public:
     // A stream writing chunks of `size` data bytes to `out`. Raises
     // RVKIllegalArgumentError for a size below 1, RVKOutOfMemoryError.

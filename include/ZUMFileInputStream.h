@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "ZUMExport.h"
 #include "ZUMInputStream.h"
 
 // An endpoint input stream over a stdio file, always read in binary mode. It
@@ -33,7 +34,7 @@
 //
 // End of file is -1, again on every read after it. canUnread() is false, so
 // a filter standing on this stream cannot be unwrapped by the generic unWrap.
-class ZUMFileInputStream : public ZUMInputStream {
+class ZUM_API ZUMFileInputStream : public ZUMInputStream {
 public:
     // Closed, no error.
     ZUMFileInputStream();

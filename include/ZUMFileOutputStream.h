@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
 // An endpoint output stream over a stdio file, opened by path in binary mode
@@ -19,7 +20,7 @@
 // or with a count below 1 do nothing.
 //
 // The stream is never reopened: a new file needs a new object.
-class ZUMFileOutputStream : public ZUMOutputStream {
+class ZUM_API ZUMFileOutputStream : public ZUMOutputStream {
 public:
     // Opens `path` for writing, created or truncated: mode "wb" when `flag`
     // is 0, else "wb+a" (which glibc reads as "wb+": the file is truncated

@@ -1,6 +1,7 @@
 #ifndef ZUM_FILTER_INPUT_STREAM_H
 #define ZUM_FILTER_INPUT_STREAM_H
 
+#include "ZUMExport.h"
 #include "ZUMInputStream.h"
 
 // The base of every input filter: a stream that reads another stream, its
@@ -10,7 +11,7 @@
 // with exactly one call each; unwrapped, they return false or 0 and do
 // nothing. The destructor does nothing: it neither unwraps nor closes nor
 // deletes the upstream.
-class ZUMFilterInputStream : public ZUMInputStream {
+class ZUM_API ZUMFilterInputStream : public ZUMInputStream {
 public:
     // An unwrapped filter.
     ZUMFilterInputStream();

@@ -1,13 +1,14 @@
 #ifndef ZUM_FILTER_OUTPUT_STREAM_H
 #define ZUM_FILTER_OUTPUT_STREAM_H
 
+#include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
 // The base of every output filter: a stream that writes to another stream,
 // its downstream, through the non-owning link p_downstream (null while
 // unwrapped). flush() and close() of this base do nothing and are not passed
 // down. The destructor does nothing: it neither flushes nor unwraps.
-class ZUMFilterOutputStream : public ZUMOutputStream {
+class ZUM_API ZUMFilterOutputStream : public ZUMOutputStream {
 public:
     // A filter wrapped around `downstream` from the start.
     explicit ZUMFilterOutputStream(ZUMOutputStream& downstream);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "ZUMExport.h"
 #include "ZUMFilterInputStream.h"
 
 struct z_stream_s;
@@ -67,7 +68,7 @@ struct z_stream_s;
 //   for a status of -4 and RVKUnexpectedError with the status as its code
 //   otherwise.
 // - A negative count raises RVKAssertError "RVK_ASSERT(count >= 0);".
-class ZUMGZIPInputStream : public ZUMFilterInputStream {
+class ZUM_API ZUMGZIPInputStream : public ZUMFilterInputStream {
 public:
     // Unwrapped.
     ZUMGZIPInputStream();

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "ZUMExport.h"
 #include "ZUMFilterOutputStream.h"
 
 struct z_stream_s;
@@ -44,7 +45,7 @@ struct z_stream_s;
 //   has taken part of the bytes, the CRC-32 none of them); the stream does
 //   not repair it. A later write first writes again the whole buffer whose
 //   downstream write failed.
-class ZUMGZIPOutputStream : public ZUMFilterOutputStream {
+class ZUM_API ZUMGZIPOutputStream : public ZUMFilterOutputStream {
 public:
     // Unwrapped; nothing allocated.
     ZUMGZIPOutputStream();

@@ -1,12 +1,13 @@
 #ifndef ZUM_IO_CANCEL_EXCEPTION_H
 #define ZUM_IO_CANCEL_EXCEPTION_H
 
+#include "ZUMExport.h"
 #include "ZUMIOException.h"
 
 // The I/O exception for a cancelled operation, for streams that implement the
 // timeout and cancel operations. No stream of this library raises it; the
 // filters pass it through unchanged.
-class ZUMIOCancelException : public ZUMIOException {
+class ZUM_API ZUMIOCancelException : public ZUMIOException {
 public:
     ZUMIOCancelException(ZUMIOCancelException const& other);
     explicit ZUMIOCancelException(long code);

@@ -2,11 +2,12 @@
 #define ZUM_IO_EXCEPTION_H
 
 #include "RVKException.h"
+#include "ZUMExport.h"
 
 // The I/O failure of the stream library: an RVKException with severity 1, a
 // code (as a rule errno, or the status the raising stream names) and a
 // numbered message of the catalog "rvkzummsgs", possibly followed by texts.
-class ZUMIOException : public RVKException {
+class ZUM_API ZUMIOException : public RVKException {
 public:
     ZUMIOException(ZUMIOException const& other);
     explicit ZUMIOException(long code);

@@ -1,12 +1,13 @@
 #ifndef ZUM_IO_TIMEOUT_EXCEPTION_H
 #define ZUM_IO_TIMEOUT_EXCEPTION_H
 
+#include "ZUMExport.h"
 #include "ZUMIOException.h"
 
 // The I/O exception for a read that ran out of time, for streams that implement the
 // timeout and cancel operations. No stream of this library raises it; the
 // filters pass it through unchanged.
-class ZUMIOTimeoutException : public ZUMIOException {
+class ZUM_API ZUMIOTimeoutException : public ZUMIOException {
 public:
     ZUMIOTimeoutException(ZUMIOTimeoutException const& other);
     explicit ZUMIOTimeoutException(long code);

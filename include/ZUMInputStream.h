@@ -3,6 +3,7 @@
 
 #include "RVKByteBuffer.h"
 #include "RVKTypes.h"
+#include "ZUMExport.h"
 
 // The abstract base of every input stream.
 //
@@ -15,7 +16,7 @@
 // spinning, and gives up with -1 after 1000 passes in a row that deliver
 // nothing (no stream of this library returns 0 without end; a source that
 // does so forever is treated as ended).
-class ZUMInputStream {
+class ZUM_API ZUMInputStream {
 public:
     virtual ~ZUMInputStream();
 

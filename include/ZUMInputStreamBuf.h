@@ -4,6 +4,7 @@
 #include <streambuf>
 #include <vector>
 
+#include "ZUMExport.h"
 #include "ZUMInputStream.h"
 
 // A std::streambuf that reads from any ZUMInputStream, so that std::istream,
@@ -20,7 +21,7 @@
 // std::istream turns it into badbit, or rethrows it when its exceptions()
 // mask has badbit. A stream that delivers 0 bytes 1000 times in a row counts
 // as ended.
-class ZUMInputStreamBuf : public std::streambuf {
+class ZUM_API ZUMInputStreamBuf : public std::streambuf {
 public:
     // Reads `stream` in reads of `bufferSize` bytes. Raises
     // RVKIllegalArgumentError for a size below 1.

@@ -1,6 +1,7 @@
 #ifndef ZUM_MEMORY_INPUT_STREAM_H
 #define ZUM_MEMORY_INPUT_STREAM_H
 
+#include "ZUMExport.h"
 #include "ZUMInputStream.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 // can be closed and reopened; reopening rewinds to the first byte.
 // canUnread() is false, so filters standing on it cannot be unwrapped by the
 // generic unWrap.
-class ZUMMemoryInputStream : public ZUMInputStream {
+class ZUM_API ZUMMemoryInputStream : public ZUMInputStream {
 public:
     // Closed, no source.
     ZUMMemoryInputStream();

@@ -2,6 +2,7 @@
 #define ZUM_MEMORY_OUTPUT_STREAM_H
 
 #include "RVKByteBuffer.h"
+#include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
 // An endpoint output stream that collects every byte written to it in a
@@ -10,7 +11,7 @@
 //
 // Left open by this class: a negative count raises RVKAssertError
 // "RVK_ASSERT(count >= 0);", and so does a null `bytes` with a positive count.
-class ZUMMemoryOutputStream : public ZUMOutputStream {
+class ZUM_API ZUMMemoryOutputStream : public ZUMOutputStream {
 public:
     // The two values are the byte buffer's sizing arguments (initial room,
     // growth step), 0 or more each. Raises RVKIllegalArgumentError for a

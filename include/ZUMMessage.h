@@ -2,9 +2,10 @@
 #define ZUM_MESSAGE_H
 
 #include "RVKMessage.h"
+#include "ZUMExport.h"
 
 // A numbered message of the stream library's catalog "rvkzummsgs".
-class ZUMMessage : public RVKMessage {
+class ZUM_API ZUMMessage : public RVKMessage {
 public:
     // The message `number` of the catalog "rvkzummsgs".
     explicit ZUMMessage(unsigned long number);

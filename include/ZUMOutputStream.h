@@ -1,11 +1,13 @@
 #ifndef ZUM_OUTPUT_STREAM_H
 #define ZUM_OUTPUT_STREAM_H
 
+#include "ZUMExport.h"
+
 // The abstract base of every output stream.
 //
 // write takes all bytes, in order, or raises; there is no partial write. The
 // caller's bytes stay the caller's: a stream copies what it needs.
-class ZUMOutputStream {
+class ZUM_API ZUMOutputStream {
 public:
     virtual ~ZUMOutputStream();
 

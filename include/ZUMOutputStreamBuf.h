@@ -4,6 +4,7 @@
 #include <streambuf>
 #include <vector>
 
+#include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
 // A std::streambuf that writes to any ZUMOutputStream, so that std::ostream
@@ -20,7 +21,7 @@
 // passes out; a std::ostream turns it into badbit, or rethrows it when its
 // exceptions() mask has badbit. The destructor passes on what is collected
 // (without calling the stream's flush) and swallows any exception.
-class ZUMOutputStreamBuf : public std::streambuf {
+class ZUM_API ZUMOutputStreamBuf : public std::streambuf {
 public:
     // Writes to `stream`, collecting up to `bufferSize` bytes. Raises
     // RVKIllegalArgumentError for a size below 1.

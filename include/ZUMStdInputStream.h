@@ -3,6 +3,7 @@
 
 #include <istream>
 
+#include "ZUMExport.h"
 #include "ZUMInputStream.h"
 
 // An endpoint input stream over a std::istream (referenced, never owned or
@@ -10,7 +11,7 @@
 // A read returns what one read of the istream delivered, -1 once it has
 // reached its end. A stream whose badbit is set raises ZUMIOException (code
 // errno, message 0x91fe8ba5, the read failure). canUnread() is false.
-class ZUMStdInputStream : public ZUMInputStream {
+class ZUM_API ZUMStdInputStream : public ZUMInputStream {
 public:
     // Reads `stream`.
     explicit ZUMStdInputStream(std::istream& stream);

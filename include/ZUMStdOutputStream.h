@@ -3,6 +3,7 @@
 
 #include <ostream>
 
+#include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
 // An endpoint output stream over a std::ostream (referenced, never owned),
@@ -10,7 +11,7 @@
 // A write or flush that leaves the ostream bad raises ZUMIOException (code
 // errno, message 0x91fdd700 with the text "std::ostream write failed").
 // close() flushes; the ostream stays usable.
-class ZUMStdOutputStream : public ZUMOutputStream {
+class ZUM_API ZUMStdOutputStream : public ZUMOutputStream {
 public:
     // Writes to `stream`.
     explicit ZUMStdOutputStream(std::ostream& stream);

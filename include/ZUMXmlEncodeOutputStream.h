@@ -1,6 +1,7 @@
 #ifndef ZUM_XML_ENCODE_OUTPUT_STREAM_H
 #define ZUM_XML_ENCODE_OUTPUT_STREAM_H
 
+#include "ZUMExport.h"
 #include "ZUMFilterOutputStream.h"
 
 // An output filter that writes its bytes to the downstream with the
@@ -15,7 +16,7 @@
 // memory, each replacement in a write of its own; there is never an empty
 // write. The downstream is referenced, never owned; flush() and close() do
 // nothing, and the destructor does not unwrap.
-class ZUMXmlEncodeOutputStream : public ZUMFilterOutputStream {
+class ZUM_API ZUMXmlEncodeOutputStream : public ZUMFilterOutputStream {
 public:
     // An unwrapped stream; wrap() attaches the downstream.
     ZUMXmlEncodeOutputStream();

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "RVKExport.h"
+
 // Converter hook of I18NString: called as converter(context, text, length,
 // &outLength) and returns the converted bytes (outLength of them), which stay
 // the converter's; the string copies them. A null result means "no
@@ -11,7 +13,7 @@ typedef char* (*I18NConverter)(void* context, char* text, int length, int* outLe
 
 // An internationalised string: UTF-8 in, UTF-8 out. The text is copied; the
 // encoding name is recorded but every encoding is taken as UTF-8.
-class I18NString {
+class RVK_API I18NString {
 public:
     // The empty string.
     I18NString();
@@ -42,6 +44,6 @@ private:
 };
 
 // The name of the platform's default text encoding ("UTF-8").
-char const* I18NGetPlatformDefaultEncoding();
+RVK_API char const* I18NGetPlatformDefaultEncoding();
 
 #endif

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "RVKExport.h"
+
 // A growable, contiguous byte buffer.
 //
 // Invariant: 0 <= m_length <= m_capacity, and m_data[m_length] is always a NUL
@@ -15,7 +17,7 @@
 // per byte. reset() keeps the storage: a buffer reused for every refill of a
 // stream allocates only when it must grow. A failed allocation raises
 // RVKOutOfMemoryError and leaves the buffer as it was.
-class RVKByteBuffer {
+class RVK_API RVKByteBuffer {
 public:
     // An empty buffer with room for `initial` bytes; later growth steps are
     // never smaller than `increment`. Raises RVKOutOfMemoryError.

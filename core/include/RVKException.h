@@ -1,13 +1,14 @@
 #ifndef RVK_EXCEPTION_H
 #define RVK_EXCEPTION_H
 
+#include "RVKExport.h"
 #include "RVKMessageSet.h"
 #include "RVKThrowable.h"
 
 // A throwable that carries a severity and a list of messages: an RVKThrowable
 // first and an RVKMessageSet second. what() lists the messages after the
 // code, each as its English text where the catalog knows it.
-class RVKException : public RVKThrowable, public RVKMessageSet {
+class RVK_API RVKException : public RVKThrowable, public RVKMessageSet {
 public:
     RVKException(RVKException const& other);
     explicit RVKException(long code);

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "RVKAssertError.h"
+#include "RVKExport.h"
 #include "RVKMessageString.h"
 #include "RVKOutOfMemoryError.h"
 #include "RVKStdExceptionError.h"
@@ -28,7 +29,7 @@ namespace rvk_detail {
 
 // Raises RVKAssertError(0, text) as RVK_ASSERT describes. Out of line, so that
 // a function that checks stays small on its path that passes.
-[[noreturn]] [[gnu::cold]] void failAssertion(RVKFileLocation const& where, char const* text);
+[[noreturn]] [[gnu::cold]] RVK_API void failAssertion(RVKFileLocation const& where, char const* text);
 
 // The method guard around one allocation: a null result becomes
 // RVKOutOfMemoryError, std::bad_alloc too, other standard exceptions become

@@ -1,12 +1,13 @@
 #ifndef RVK_MESSAGE_H
 #define RVK_MESSAGE_H
 
+#include "RVKExport.h"
 #include "RVKMessageBase.h"
 
 // A numbered message of a message catalog. Formatting looks the number up in
 // the built-in English catalog (the catalog "rvkzummsgs" is built in) and
 // falls back to "<catalog>#0x<number in hex>" for numbers it does not know.
-class RVKMessage : public RVKMessageBase {
+class RVK_API RVKMessage : public RVKMessageBase {
 public:
     RVKMessage(I18NString const& msgFile, unsigned long number);
     RVKMessage(RVKMessage const&) = default;
@@ -29,6 +30,6 @@ private:
 
 // The English text of message `number` of the catalog `msgFile`, or null when
 // the built-in catalog does not know it.
-char const* RVKMessageCatalogText(char const* msgFile, unsigned long number);
+RVK_API char const* RVKMessageCatalogText(char const* msgFile, unsigned long number);
 
 #endif

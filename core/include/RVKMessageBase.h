@@ -2,10 +2,11 @@
 #define RVK_MESSAGE_BASE_H
 
 #include "I18NString.h"
+#include "RVKExport.h"
 #include "RVKTypes.h"
 
 // The base of every message that an exception can carry.
-class RVKMessageBase {
+class RVK_API RVKMessageBase {
 public:
     RVKMessageBase() : m_severity(RVK_SEVERITY_NONE) {}
     virtual ~RVKMessageBase();

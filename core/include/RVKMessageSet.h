@@ -5,11 +5,12 @@
 #include <memory>
 #include <vector>
 
+#include "RVKExport.h"
 #include "RVKMessageBase.h"
 
 // An ordered list of messages. Each added message is copied (clone()), so the
 // message given may be a temporary; copying the set copies every message.
-class RVKMessageSet {
+class RVK_API RVKMessageSet {
 public:
     RVKMessageSet();
     RVKMessageSet(RVKMessageSet const& other);

@@ -1,10 +1,11 @@
 #ifndef RVK_MESSAGE_STRING_H
 #define RVK_MESSAGE_STRING_H
 
+#include "RVKExport.h"
 #include "RVKMessageBase.h"
 
 // A message that is a plain text.
-class RVKMessageString : public RVKMessageBase {
+class RVK_API RVKMessageString : public RVKMessageBase {
 public:
     explicit RVKMessageString(I18NString const& text);
     RVKMessageString(RVKMessageString const&) = default;

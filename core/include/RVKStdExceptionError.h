@@ -3,11 +3,12 @@
 
 #include <exception>
 
+#include "RVKExport.h"
 #include "RVKThrowable.h"
 
 // A standard exception caught where a core exception was expected; its text
 // is the caught exception's what(), its code 0.
-class RVKStdExceptionError : public RVKThrowable {
+class RVK_API RVKStdExceptionError : public RVKThrowable {
 public:
     explicit RVKStdExceptionError(std::exception const& caught);
     RVK_THROWABLE_OPERATIONS(RVKStdExceptionError);

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "I18NString.h"
+#include "RVKExport.h"
 #include "RVKTypes.h"
 
 // One entry of a back trace: where a throwable was raised or passed through,
 // the method text given there (may be null) and the name of the raising macro
 // ("RVK_THROW", "RVK_RETHROW"). The entry keeps its own copies of the texts.
-struct RVKBackTraceEntry {
+struct RVK_API RVKBackTraceEntry {
     RVKBackTraceEntry(RVKFileLocation const& where, char const* methodText, char const* macroName);
     RVKBackTraceEntry(RVKBackTraceEntry const& other);
     RVKBackTraceEntry& operator=(RVKBackTraceEntry const& other);
@@ -40,7 +41,7 @@ private:
 // Holds a code, an optional text (copied) and a back trace. what() gives a
 // one-line rendering: class name, code, text and the messages of an
 // RVKException with their English texts where the catalog knows them.
-class RVKThrowable : public std::exception {
+class RVK_API RVKThrowable : public std::exception {
 public:
     RVKThrowable(long code, char const* text);
     RVKThrowable(RVKThrowable const&) = default;
@@ -107,7 +108,7 @@ private:
 // Declares an error class of the core layer: an RVKThrowable made from a code
 // and a text.
 #define RVK_DECLARE_ERROR(Class)                                               \
-    class Class : public RVKThrowable {                                        \
+    class RVK_API Class : public RVKThrowable {                                \
     public:                                                                    \
         Class(long code, char const* text) : RVKThrowable(code, text) {}       \
         RVK_THROWABLE_OPERATIONS(Class);                                       \
