@@ -42,13 +42,13 @@ public:
     // or -1 when none could be delivered (also for a count of 0 or less).
     // Raises as the array read does.
     int read(RVKByteBuffer& buf, int count) override;
-    // Copies up to `count` decoded bytes to `buf` and returns their number;
-    // 0 for a count of 0 or less; -1 when the text ends before any byte.
-    // Raises RVKIllegalStateError ("ZUMBase64InputStream::read") when
-    // unwrapped, RVKAssertError "RVK_ASSERT(buf);" for a null `buf` with a
-    // positive count and "RVK_ASSERT(sta == 0);" for a group that is not
-    // Base64, and ZUMIOException (message 0x91fdd700, then the text) for
-    // a text exception thrown by the upstream; other exceptions pass.
+    // Copies up to `count` decoded bytes to `buf` and returns their number; 0
+    // for a count of 0 or less; -1 when the text ends before any byte. Raises
+    // RVKIllegalStateError ("ZUMBase64InputStream::read") when unwrapped,
+    // RVKAssertError "RVK_ASSERT(buf);" for a null `buf` with a positive count
+    // and "RVK_ASSERT(sta == 0);" for a group that is not Base64, and
+    // ZUMIOException (message ZUMMessage::TEXT_ERROR, then the text) for a
+    // text exception thrown by the upstream; other exceptions pass.
     int read(char* buf, int count) override;
     // The next decoded byte as 0..255, or -1. Raises as the array read does.
     int read() override;

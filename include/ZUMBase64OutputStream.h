@@ -40,8 +40,8 @@ public:
     // bFlush);", "RVK_ASSERT(count >= 0);" and "RVK_ASSERT(bytes || count ==
     // 0);" (null bytes with a positive count), RVKIllegalStateError
     // ("ZUMBase64OutputStream::write") when unwrapped, RVKOutOfMemoryError,
-    // and ZUMIOException (message 0x91fdd700, then the text) for a text
-    // exception thrown by the downstream; other exceptions pass.
+    // and ZUMIOException (message ZUMMessage::TEXT_ERROR, then the text) for a
+    // text exception thrown by the downstream; other exceptions pass.
     void write(char const* bytes, int count, int bFlush);
     // Writes the pending incomplete group, padded, if there is one; otherwise
     // does nothing. The downstream is not flushed. Raises as write does.

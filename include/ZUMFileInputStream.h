@@ -18,13 +18,13 @@
 //
 // Errors: open() never raises for a file that cannot be opened; it returns
 // false and keeps the error number, and every later read raises it as a
-// ZUMIOException (catalog message 0x91f2b0d2) until the stream is reopened or
-// closed. tryOpen() raises that exception at once. A failing read raises a
-// ZUMIOException with message 0x91fe8ba5 and leaves the stdio error indicator
-// set, so the next read raises again. Both exceptions carry the error number
-// as their code and, after the catalog message, the file name ("" unless
-// opened by path) and the system's text for the error number as two text
-// messages.
+// ZUMIOException (catalog message ZUMMessage::FILE_OPEN_FAILED) until the
+// stream is reopened or closed. tryOpen() raises that exception at once. A
+// failing read raises a ZUMIOException with message
+// ZUMMessage::FILE_READ_FAILED and leaves the stdio error indicator set, so
+// the next read raises again. Both exceptions carry the error number as their
+// code and, after the catalog message, the file name ("" unless opened by
+// path) and the system's text for the error number as two text messages.
 //
 // The error text is strerror's, without the placeholder that the system
 // library makes up for numbers it does not know ("Unknown error N"): for
@@ -82,11 +82,11 @@ public:
     // before closing anything.
     virtual void tryOpen(FILE* file);
     // As open(fd), but raises the open error (ZUMIOException, message
-    // 0x91f2b0d2) when fdopen fails.
+    // ZUMMessage::FILE_OPEN_FAILED) when fdopen fails.
     virtual void tryOpen(int fd);
     // As open(path), but raises: RVKIllegalArgumentError for a null path,
     // before closing anything; the open error (ZUMIOException, message
-    // 0x91f2b0d2) when the file does not open.
+    // ZUMMessage::FILE_OPEN_FAILED) when the file does not open.
     virtual void tryOpen(const char* path);
     // Whether a file is open.
     virtual RVK_bool isOpen();

@@ -36,15 +36,15 @@ struct z_stream_s;
 //
 // Failures: RVKAssertError for a null destination or a negative count;
 // RVKIllegalStateError for a read or unWrap() while unwrapped; ZUMIOException
-// (severity 1) for damaged input:
-//   0x91f36c62 input ended inside the header (code 0), inside the deflate
-//              data (code -5), or inside the trailer (code 1);
-//   0xc1c209cf not gzip (code -3); 0xc1c58e80 unsupported method or reserved
-//              flags (code -3);
-//   0xc1c34d1f CRC-32 mismatch, 0xc1c66a72 length mismatch (code -3);
-//   0x91f342d7 every read after a CRC, length or deflate data error;
-//   0x91fdd700 followed by the text, for a text exception from the upstream
-//              (code errno).
+// (severity 1) for damaged input, with these messages (ZUMMessage::...):
+//   GZIP_TRUNCATED       input ended inside the header (code 0), inside the
+//                        deflate data (code -5), or inside the trailer (code 1);
+//   GZIP_NOT_GZIP        not gzip (code -3);
+//   GZIP_UNSUPPORTED     unsupported method or reserved flags (code -3);
+//   GZIP_CRC_MISMATCH, GZIP_LENGTH_MISMATCH  the trailer's checks (code -3);
+//   GZIP_CORRUPT         every read after a CRC, length or deflate data error;
+//   TEXT_ERROR           followed by the text, for a text exception from the
+//                        upstream (code errno).
 // A header that fails its checks leaves the stream awaiting a new header from
 // the input that follows. Exceptions of the upstream pass unchanged; such an
 // exception ends the read in which it happens, the stream can be read again,
@@ -59,7 +59,7 @@ struct z_stream_s;
 // Choices of this class:
 // - A member whose input ends inside the deflate data: the read that finds
 //   the end returns the bytes decoded up to there (possibly 0), and every
-//   later read raises the truncation failure 0x91f36c62 with code -5, so
+//   later read raises the truncation failure GZIP_TRUNCATED with code -5, so
 //   readFully() ends with that exception instead of spinning.
 // - Once the input has ended, inflate is still run as long as it makes
 //   progress, so output it holds back is delivered before the end is judged.

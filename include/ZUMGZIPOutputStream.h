@@ -31,11 +31,11 @@ struct z_stream_s;
 // unwraps; unwrapped, the buffered compressed data is discarded.
 //
 // Failures: RVKIllegalStateError for a write while unwrapped; RVKAssertError
-// for a negative count or null bytes with a positive count; RVKOutOfMemoryError
-// or RVKUnexpectedError (code: the zlib status) when zlib fails; a text
-// exception of the downstream becomes a ZUMIOException (severity 1, code
-// errno) with the message 0x91fdd700 and the text. Other exceptions of the
-// downstream pass unchanged.
+// for a negative count or null bytes with a positive count;
+// RVKOutOfMemoryError or RVKUnexpectedError (code: the zlib status) when zlib
+// fails; a text exception of the downstream becomes a ZUMIOException (severity
+// 1, code errno) with the message ZUMMessage::TEXT_ERROR and the text. Other
+// exceptions of the downstream pass unchanged.
 //
 // Choices of this class:
 // - A write after finish() opens a new member, and the next finish() (or the

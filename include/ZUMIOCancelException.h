@@ -21,7 +21,8 @@ public:
     // Appends a copy of `message`; returns this exception as its own class.
     ZUMIOCancelException& operator<<(RVKMessageBase const& message);
 
-    // A copy on the heap; "ZUMIOCancelException"; throws a copy as its own class.
+    // A copy on the heap; "ZUMIOCancelException"; throws a copy as its own
+    // class.
     RVK_THROWABLE_OPERATIONS(ZUMIOCancelException);
 };
 

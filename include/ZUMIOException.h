@@ -24,6 +24,10 @@ public:
     // Appends a copy of `message`; returns this exception as its own class.
     ZUMIOException& operator<<(RVKMessageBase const& message);
 
+    // True when one of the messages is `number` of the catalog "rvkzummsgs"
+    // (one of the ZUMMessage constants).
+    bool hasMessage(unsigned long number) const;
+
     // A copy on the heap (method guard); "ZUMIOException"; adds the back-trace
     // entry and throws a copy as ZUMIOException.
     RVK_THROWABLE_OPERATIONS(ZUMIOException);

@@ -4,9 +4,9 @@
 #include "ZUMExport.h"
 #include "ZUMIOException.h"
 
-// The I/O exception for a read that ran out of time, for streams that implement the
-// timeout and cancel operations. No stream of this library raises it; the
-// filters pass it through unchanged.
+// The I/O exception for a read that ran out of time, for streams that
+// implement the timeout and cancel operations. No stream of this library
+// raises it; the filters pass it through unchanged.
 class ZUM_API ZUMIOTimeoutException : public ZUMIOException {
 public:
     ZUMIOTimeoutException(ZUMIOTimeoutException const& other);
@@ -21,7 +21,8 @@ public:
     // Appends a copy of `message`; returns this exception as its own class.
     ZUMIOTimeoutException& operator<<(RVKMessageBase const& message);
 
-    // A copy on the heap; "ZUMIOTimeoutException"; throws a copy as its own class.
+    // A copy on the heap; "ZUMIOTimeoutException"; throws a copy as its own
+    // class.
     RVK_THROWABLE_OPERATIONS(ZUMIOTimeoutException);
 };
 

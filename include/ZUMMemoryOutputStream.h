@@ -19,7 +19,8 @@ public:
     ZUMMemoryOutputStream(int initial = 1024, int increment = 1024);
     ~ZUMMemoryOutputStream() override;
 
-    // Appends the bytes. Raises RVKOutOfMemoryError when the buffer cannot grow.
+    // Appends the bytes. Raises RVKOutOfMemoryError when the buffer cannot
+    // grow.
     void write(char const* bytes, int count) override;
     // Does nothing.
     void flush() override;

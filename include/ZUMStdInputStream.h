@@ -7,10 +7,11 @@
 #include "ZUMInputStream.h"
 
 // An endpoint input stream over a std::istream (referenced, never owned or
-// closed), so that any filter of the library can stand on a standard stream.
-// A read returns what one read of the istream delivered, -1 once it has
-// reached its end. A stream whose badbit is set raises ZUMIOException (code
-// errno, message 0x91fe8ba5, the read failure). canUnread() is false.
+// closed), so that any filter of the library can stand on a standard stream. A
+// read returns what one read of the istream delivered, -1 once it has reached
+// its end. A stream whose badbit is set raises ZUMIOException (code errno,
+// message ZUMMessage::FILE_READ_FAILED, the read failure). canUnread() is
+// false.
 class ZUM_API ZUMStdInputStream : public ZUMInputStream {
 public:
     // Reads `stream`.

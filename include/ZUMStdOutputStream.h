@@ -6,11 +6,11 @@
 #include "ZUMExport.h"
 #include "ZUMOutputStream.h"
 
-// An endpoint output stream over a std::ostream (referenced, never owned),
-// so that any output filter of the library can write to a standard stream.
-// A write or flush that leaves the ostream bad raises ZUMIOException (code
-// errno, message 0x91fdd700 with the text "std::ostream write failed").
-// close() flushes; the ostream stays usable.
+// An endpoint output stream over a std::ostream (referenced, never owned), so
+// that any output filter of the library can write to a standard stream. A
+// write or flush that leaves the ostream bad raises ZUMIOException (code
+// errno, message ZUMMessage::TEXT_ERROR with the text "std::ostream write
+// failed"). close() flushes; the ostream stays usable.
 class ZUM_API ZUMStdOutputStream : public ZUMOutputStream {
 public:
     // Writes to `stream`.

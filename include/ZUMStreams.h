@@ -1,7 +1,19 @@
 #ifndef ZUM_STREAMS_H
 #define ZUM_STREAMS_H
 
-// Every public header of the stream library. Include this and RVKCore.h.
+// Every public header of the stream library, with the core layer's classes
+// that it raises: a caller that includes this alone can catch everything the
+// library raises. RVKCore.h adds the rest of the core layer (the byte
+// buffer's growth, Base64 primitives, the raising macros).
+#include "RVKAssertError.h"
+#include "RVKException.h"
+#include "RVKIllegalArgumentError.h"
+#include "RVKIllegalStateError.h"
+#include "RVKOutOfMemoryError.h"
+#include "RVKStdExceptionError.h"
+#include "RVKThrowable.h"
+#include "RVKUnexpectedError.h"
+#include "RVKUnsupportedOperationError.h"
 #include "ZUMBase64InputStream.h"
 #include "ZUMBase64OutputStream.h"
 #include "ZUMBlockInputStream.h"
@@ -27,6 +39,7 @@
 #include "ZUMOutputStreamBuf.h"
 #include "ZUMStdInputStream.h"
 #include "ZUMStdOutputStream.h"
+#include "ZUMStripLineBreaksInputStream.h"
 #include "ZUMXmlEncodeOutputStream.h"
 
 #endif

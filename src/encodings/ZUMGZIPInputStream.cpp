@@ -16,14 +16,6 @@ char const k_unwrap_method[] = "void ZUMGZIPInputStream::unWrap()";
 // Size of the input buffer, and of every request to the upstream.
 int const k_inbuf_size = 16384;
 
-// Catalog messages of the failures of this stream.
-unsigned long const k_msg_truncated = 0x91f36c62UL;
-unsigned long const k_msg_not_gzip = 0xc1c209cfUL;
-unsigned long const k_msg_unsupported = 0xc1c58e80UL;
-unsigned long const k_msg_corrupt = 0x91f342d7UL;
-unsigned long const k_msg_crc = 0xc1c34d1fUL;
-unsigned long const k_msg_length = 0xc1c66a72UL;
-
 // Header flag bits (FLG).
 int const k_fhcrc = 0x02;
 int const k_fextra = 0x04;
@@ -158,15 +150,15 @@ void ZUMGZIPInputStream::readHeader()
     }
 
     if (m_eof) {
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
     }
     if (id1 != 0x1F || id2 != 0x8B) {
         m_err = Z_DATA_ERROR;
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_not_gzip);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_NOT_GZIP);
     }
     if (cm != Z_DEFLATED || (flg & k_freserved)) {
         m_err = Z_DATA_ERROR;
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_unsupported);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_UNSUPPORTED);
     }
     m_header_read = 1;
 }
@@ -179,15 +171,15 @@ void ZUMGZIPInputStream::checkTrailer()
     std::uint32_t stored_crc = getUint32();
     std::uint32_t stored_length = getUint32();
     if (m_eof) {
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
     }
     if (stored_crc != m_crc) {
         m_err = Z_DATA_ERROR;
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_crc);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_CRC_MISMATCH);
     }
     if (stored_length != static_cast<std::uint32_t>(m_state->total_out)) {
         m_err = Z_DATA_ERROR;
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_length);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_LENGTH_MISMATCH);
     }
 }
 
@@ -205,9 +197,9 @@ int ZUMGZIPInputStream::decode(char* buf, int count)
     case Z_STREAM_END:
         return -1;
     case Z_DATA_ERROR:
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_corrupt);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_CORRUPT);
     case Z_BUF_ERROR:  // the input ended inside the deflate data
-        ZUM_RAISE_IO(k_read_method, m_err, k_msg_truncated);
+        ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
     case Z_MEM_ERROR:
         RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_read_method);
     default:

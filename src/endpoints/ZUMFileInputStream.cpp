@@ -10,10 +10,6 @@
 
 namespace {
 
-// Catalog messages: a file that cannot be opened for reading, a failed read.
-const unsigned long MSG_OPEN_FAILED = 0x91f2b0d2UL;
-const unsigned long MSG_READ_FAILED = 0x91fe8ba5UL;
-
 const int ERROR_INVALID_ARGUMENT = EINVAL;  // 22
 
 const char READ_BYTES_METHOD[] = "int ZUMFileInputStream::read(char *, int)";
@@ -47,12 +43,12 @@ const char* get_errno_msg(int err)
 // the catalog message, then the file name and the error text.
 [[noreturn]] void throw_open_exception(int err, const char* filename, const char* method)
 {
-    ZUM_RAISE_IO_TEXTS(method, err, MSG_OPEN_FAILED, filename, get_errno_msg(err));
+    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_OPEN_FAILED, filename, get_errno_msg(err));
 }
 
 [[noreturn]] void throw_read_exception(int err, const char* filename, const char* method)
 {
-    ZUM_RAISE_IO_TEXTS(method, err, MSG_READ_FAILED, filename, get_errno_msg(err));
+    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_READ_FAILED, filename, get_errno_msg(err));
 }
 
 }  // namespace

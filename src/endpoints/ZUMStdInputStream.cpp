@@ -4,12 +4,6 @@
 
 #include "ZUMRaise.h"
 
-namespace {
-
-unsigned long const k_msg_read_failed = 0x91fe8ba5UL;
-
-}  // namespace
-
 ZUMStdInputStream::ZUMStdInputStream(std::istream& stream) : m_stream(stream)
 {
 }
@@ -39,7 +33,7 @@ int ZUMStdInputStream::read(char* buf, int count)
     m_stream.read(buf, count);
     std::streamsize n = m_stream.gcount();
     if (m_stream.bad()) {
-        ZUM_RAISE_IO("int ZUMStdInputStream::read(char *, int)", errno, k_msg_read_failed);
+        ZUM_RAISE_IO("int ZUMStdInputStream::read(char *, int)", errno, ZUMMessage::FILE_READ_FAILED);
     }
     if (n == 0 && m_stream.eof()) {
         return -1;
@@ -52,7 +46,7 @@ int ZUMStdInputStream::read()
     errno = 0;
     int c = m_stream.get();
     if (m_stream.bad()) {
-        ZUM_RAISE_IO("int ZUMStdInputStream::read()", errno, k_msg_read_failed);
+        ZUM_RAISE_IO("int ZUMStdInputStream::read()", errno, ZUMMessage::FILE_READ_FAILED);
     }
     return c == std::istream::traits_type::eof() ? -1 : static_cast<unsigned char>(c);
 }

@@ -1,6 +1,9 @@
 #include "ZUMIOException.h"
 
+#include <cstring>
+
 #include "RVKMacros.h"
+#include "RVKMessage.h"
 
 ZUMIOException::ZUMIOException(ZUMIOException const& other) = default;
 
@@ -41,6 +44,18 @@ ZUMIOException& ZUMIOException::operator<<(RVKMessageBase const& message)
 {
     RVKException::operator<<(message);
     return *this;
+}
+
+bool ZUMIOException::hasMessage(unsigned long number) const
+{
+    for (std::size_t i = 0; i < getMessageCount(); ++i) {
+        auto const* message = dynamic_cast<RVKMessage const*>(&getMessageAt(i));
+        if (message && message->getMsgNumber() == number &&
+            std::strcmp(message->getMsgFile().c_str(), "rvkzummsgs") == 0) {
+            return true;
+        }
+    }
+    return false;
 }
 
 RVK_DEFINE_THROWABLE_OPERATIONS(ZUMIOException)

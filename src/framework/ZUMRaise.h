@@ -9,14 +9,11 @@
 #include "ZUMIOException.h"
 #include "ZUMMessage.h"
 
-// Message of the catalog for an error given as text.
-#define ZUM_MSG_TEXT_ERROR 0x91fdd700UL
-
 // Runs `statement`; a text exception thrown inside becomes a ZUMIOException
 // (severity 1, errno) with the message 0x91fdd700 and the text, raised with
 // `method`.
 #define ZUM_CONVERT_TEXT(method, statement)                                    \
-    RVK_CONVERT_TEXT(ZUMIOException, ZUMMessage, ZUM_MSG_TEXT_ERROR, method, statement)
+    RVK_CONVERT_TEXT(ZUMIOException, ZUMMessage, ZUMMessage::TEXT_ERROR, method, statement)
 
 namespace zum_detail {
 

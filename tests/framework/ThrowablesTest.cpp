@@ -89,15 +89,36 @@ TEST(Throwables, CloneAndHurlKeepTheClassTextCodeAndMessages)
     EXPECT_STREQ(copied.getText(), "copied");
 }
 
+// The named numbers are the catalog's, and the catalog has a text for each.
 TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndFallsBackToTheNumber)
 {
-    for (unsigned long number : {0x91fdd700UL, 0x91f2b0d2UL, 0x91fe8ba5UL, 0x91f36c62UL, 0xc1c209cfUL,
-                                 0xc1c58e80UL, 0x91f342d7UL, 0xc1c34d1fUL, 0xc1c66a72UL}) {
+    std::pair<unsigned long, unsigned long> const numbers[] = {
+        {ZUMMessage::TEXT_ERROR, 0x91fdd700UL},        {ZUMMessage::FILE_OPEN_FAILED, 0x91f2b0d2UL},
+        {ZUMMessage::FILE_READ_FAILED, 0x91fe8ba5UL},  {ZUMMessage::GZIP_TRUNCATED, 0x91f36c62UL},
+        {ZUMMessage::GZIP_NOT_GZIP, 0xc1c209cfUL},     {ZUMMessage::GZIP_UNSUPPORTED, 0xc1c58e80UL},
+        {ZUMMessage::GZIP_CORRUPT, 0x91f342d7UL},      {ZUMMessage::GZIP_CRC_MISMATCH, 0xc1c34d1fUL},
+        {ZUMMessage::GZIP_LENGTH_MISMATCH, 0xc1c66a72UL},
+    };
+    for (auto const& [named, number] : numbers) {
+        EXPECT_EQ(named, number);
         std::string text = messageText(RVKMessage(i18n("rvkzummsgs"), number));
         EXPECT_TRUE(!text.empty() && text.find("rvkzummsgs#") == std::string::npos) << std::hex << number;
     }
     EXPECT_EQ(messageText(RVKMessage(i18n("rvkzummsgs"), 0x1234UL)), "rvkzummsgs#0x1234");
     EXPECT_EQ(messageText(RVKMessage(i18n("othermsgs"), 0x91fdd700UL)), "othermsgs#0x91fdd700");
+}
+
+// hasMessage() finds a number of the library's catalog among the messages,
+// whatever its place, and only of that catalog.
+TEST(ZUMIOException, HasMessageLooksForTheNumberOfTheLibraryCatalog)
+{
+    ZUMIOTimeoutException e(static_cast<RVKSeverity>(1), 4L);
+    e << RVKMessageString(i18n("first")) << ZUMMessage(ZUMMessage::FILE_READ_FAILED)
+      << RVKMessage(i18n("othermsgs"), ZUMMessage::GZIP_CORRUPT);
+    ZUMIOException const& base = e;
+    EXPECT_TRUE(base.hasMessage(ZUMMessage::FILE_READ_FAILED));
+    EXPECT_FALSE(base.hasMessage(ZUMMessage::GZIP_CORRUPT));
+    EXPECT_FALSE(ZUMIOException(3L).hasMessage(ZUMMessage::TEXT_ERROR));
 }
 
 // RVK_ASSERT raises its text; the method guard maps a null result and

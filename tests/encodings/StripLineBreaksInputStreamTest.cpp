@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include "TestFiles.h"
+#include "TestStreams.h"
+
+// CR and LF (or all ASCII white space) are dropped wherever they fall in the
+// upstream's reads; every other byte passes in order, in every read form.
+TEST(StripLineBreaksInputStream, DropsLineBreaksOrWhiteSpaceInEveryReadForm)
+{
+    struct Case { std::string input; int all; std::string kept; } const cases[] = {
+        {"ab\r\ncd\r\n", 0, "abcd"},
+        {"\r\n\r\n\n\r", 0, ""},
+        {"a b\tc\x0b\x0c\r\nd", 0, "a b\tc\x0b\x0c" "d"},
+        {"a b\tc\x0b\x0c\r\nd", 1, "abcd"},
+        {"no breaks at all", 0, "no breaks at all"},
+        {std::string("\0\r\x80\n\xff", 5), 1, std::string("\0\x80\xff", 3)},
+        {"", 0, ""},
+    };
+    for (auto const& c : cases) {
+        for (std::size_t piece : {1, 2, 3, 100}) {
+            for (Form form : {Form::Buffer, Form::Array, Form::Byte}) {
+                ScriptedInputStream up(ScriptedInputStream::pieces(c.input, piece, piece == 2));
+                ZUMStripLineBreaksInputStream strip(up, c.all);
+                EXPECT_TRUE(drain(strip, 3, form) == c.kept)
+                    << testing::PrintToString(c.input) << " in pieces of " << piece;
+            }
+        }
+    }
+}
+
+// Base64 written with line breaks (ours and an independent encoder's 76
+// character lines, CR LF or LF alone) decodes through the filter.
+TEST(StripLineBreaksInputStream, LetsTheBase64StreamReadTextWithLineBreaks)
+{
+    std::string const input = dataFile("base64/input.bin");
+    for (int n : {0, 57, 58, 3073, 10000}) {
+        std::string text = dataFile("base64/mime-" + std::to_string(n) + ".txt");
+        std::string lf;
+        for (char ch : text) {
+            lf += ch == '\r' ? "" : std::string(1, ch);
+        }
+        for (std::string const& t : {text, lf}) {
+            ZUMMemoryInputStream raw(t.data(), static_cast<int>(t.size()));
+            ZUMBufferedInputStream bis(raw, 100);
+            ZUMStripLineBreaksInputStream strip(bis);
+            ZUMBase64InputStream b64;
+            b64.wrap(strip);
+            EXPECT_TRUE(drain(b64, 1000) == input.substr(0, static_cast<std::size_t>(n))) << n << " bytes";
+        }
+    }
+    ZUMMemoryOutputStream mem(0, 256);
+    {
+        ZUMBase64OutputStream out(mem);
+        out.lineBreak(10);
+        out.write(input.data(), 1000);
+    }
+    ZUMMemoryInputStream raw(mem.bytes(), mem.length());
+    ZUMStripLineBreaksInputStream strip(raw);
+    ZUMBase64InputStream b64;
+    b64.wrap(strip);
+    EXPECT_TRUE(drain(b64, 77, Form::Array) == input.substr(0, 1000));
+}
+
+// Reads of nothing but dropped bytes are retried within the call, at most
+// 1000 of them; 0 and -1 from the upstream pass through; the stream passes
+// close and timeouts down, cannot unread and unwraps from any upstream.
+TEST(StripLineBreaksInputStream, EmptyReadsBoundsAndFilterOperations)
+{
+    std::vector<ScriptStep> script(999, ScriptStep::data("\r\n"));
+    script.push_back(ScriptStep::data("\nx"));
+    script.push_back(ScriptStep::zero());
+    script.insert(script.end(), 1000, ScriptStep::data("\n"));
+    ScriptedInputStream up(script);
+    ZUMStripLineBreaksInputStream strip(up);
+    char buf[8];
+    EXPECT_EQ(strip.read(buf, 8), 1);
+    EXPECT_EQ(buf[0], 'x');
+    EXPECT_EQ(strip.read(buf, 8), 0) << "an upstream read of 0 bytes";
+    EXPECT_EQ(strip.read(buf, 8), 0) << "1000 reads of line breaks";
+    EXPECT_EQ(strip.read(buf, 0), 0);
+    EXPECT_EQ(strip.read(buf, 8), -1);
+    EXPECT_EQ(up.counts.size(), 2002u);
+
+    strip.close();
+    EXPECT_EQ(up.closes, 1);
+    EXPECT_FALSE(strip.canUnread());
+    EXPECT_EQ(raised([&] { strip.unread("a", 1); }), "text: not implemented");
+    EXPECT_EQ(raised([&] { strip.setTimeout(5); }),
+              "RVKUnsupportedOperationError() @RVK_bool ZUMInputStream::setTimeout( int time_limit_sec )");
+    EXPECT_EQ(raised([&] { strip.read(nullptr, 4); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
+    strip.unWrap();
+    EXPECT_EQ(raised([&] { strip.unWrap(); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::unWrap");
+    EXPECT_EQ(raised([&] { strip.read(); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::read");
+    RVKByteBuffer into(0, 16);
+    EXPECT_EQ(raised([&] { strip.read(into, 0); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::read");
+
+    // Reads in steady state allocate nothing.
+    std::string text;
+    for (int i = 0; i < 200; ++i) {
+        text += "QUJDREVGR0hJSktMTU5PUFFSU1RVVldYWVo=\r\n";
+    }
+    ZUMMemoryInputStream raw(text.data(), static_cast<int>(text.size()));
+    ZUMStripLineBreaksInputStream strip2(raw);
+    into.reserve(static_cast<unsigned>(text.size()) + 1);
+    std::size_t const before = allocationCount();
+    while (strip2.read(into, 50) >= 0) {
+    }
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_EQ(into.pcount(), 200 * 36);
+}
