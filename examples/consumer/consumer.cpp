@@ -1,7 +1,8 @@
-// Reads CR LF lines through a buffered stream over memory and prints them.
+// A program outside this project that uses the installed library: copies
+// bytes from a memory input stream to a memory output stream. It uses stream
+// classes only, so linked with --as-needed it does not list libRVKCore.so.
 #include <cstdio>
 
-#include "RVKCore.h"
 #include "ZUMStreams.h"
 
 int main()
