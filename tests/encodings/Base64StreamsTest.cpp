@@ -119,7 +119,7 @@ TEST(Base64OutputStream, UnwrapDestructionAndMisuse)
     EXPECT_EQ(raised([&] { out.write(nullptr, 2, 1); }), "RVKAssertError(RVK_ASSERT(bytes || count == 0);) @-");
     down.failAt(1, "broken pipe");
     EXPECT_EQ(raised([&] { errno = 32, out.write("abc", 3); }),
-              "ZUMIOException(1,32) #91fdd700 'broken pipe' @ZUMBase64OutputStream::flush");
+              "ZUMIOException(1,32) #TEXT_ERROR 'broken pipe' @ZUMBase64OutputStream::flush");
 }
 
 // A read of nothing from the stream beneath at a group's start ends the call
@@ -168,7 +168,7 @@ TEST(Base64InputStream, ShortUpstreamReadsWrapUnwrapAndFailures)
     ZUMBase64InputStream failing;
     failing.wrap(source);
     EXPECT_EQ(raised([&] { errno = 3, failing.read(buf, 3); }),
-              "ZUMIOException(1,3) #91fdd700 'not implemented' @ZUMBase64InputStream::read");
+              "ZUMIOException(1,3) #TEXT_ERROR 'not implemented' @ZUMBase64InputStream::read");
     EXPECT_EQ(raised([&] { failing.read(buf, 3); }), "ZUMIOException(1,5) @ScriptedInputStream::read");
 }
 

@@ -32,11 +32,11 @@ TEST(FileInputStream, FailuresAreRaisedAgainOnEveryRead)
     TempDir dir;
     std::string missing = dir.file("missing.bin"), write_only = dir.file("w.bin");
     struct Case { Action open; std::string name; int code; char const *number, *error; } const cases[] = {
-        {[&](ZUMFileInputStream& s) { s.open(missing.c_str()); }, missing, ENOENT, "91f2b0d2",
+        {[&](ZUMFileInputStream& s) { s.open(missing.c_str()); }, missing, ENOENT, "FILE_OPEN_FAILED",
          "No such file or directory"},
-        {[&](ZUMFileInputStream& s) { s.tryOpen(dir.path().c_str()); }, dir.path(), EISDIR, "91fe8ba5",
+        {[&](ZUMFileInputStream& s) { s.tryOpen(dir.path().c_str()); }, dir.path(), EISDIR, "FILE_READ_FAILED",
          "Is a directory"},
-        {[&](ZUMFileInputStream& s) { s.tryOpen(std::fopen(write_only.c_str(), "wb")); }, "", EBADF, "91fe8ba5",
+        {[&](ZUMFileInputStream& s) { s.tryOpen(std::fopen(write_only.c_str(), "wb")); }, "", EBADF, "FILE_READ_FAILED",
          "Bad file descriptor"},
     };
     for (auto const& c : cases) {
@@ -63,15 +63,15 @@ TEST(FileInputStream, OpenErrorsCarryCodeNameAndSystemText)
     std::string long_path = dir.file(std::string(150, 'n') + "/x");  // the name is kept whole
     std::string in_missing_dir = dir.file("no/such/dir.bin");
     int write_only = ::open(dir.file("w.bin").c_str(), O_WRONLY | O_CREAT, 0600);
-    std::string const invalid = io(EINVAL, "91f2b0d2", "", "Invalid argument", k_read_byte);
+    std::string const invalid = io(EINVAL, "FILE_OPEN_FAILED", "", "Invalid argument", k_read_byte);
     struct Case { Action action; std::string raises; } const cases[] = {
         {[&](ZUMFileInputStream& s) { s.tryOpen(in_missing_dir.c_str()); },
-         io(ENOENT, "91f2b0d2", in_missing_dir, "No such file or directory", k_by_path)},
+         io(ENOENT, "FILE_OPEN_FAILED", in_missing_dir, "No such file or directory", k_by_path)},
         {[&](ZUMFileInputStream& s) { s.tryOpen(long_path.c_str()); },
-         io(ENOENT, "91f2b0d2", long_path, "No such file or directory", k_by_path)},
+         io(ENOENT, "FILE_OPEN_FAILED", long_path, "No such file or directory", k_by_path)},
         // glibc's fdopen refuses "rb" on a descriptor opened for writing only.
         {[&](ZUMFileInputStream& s) { s.tryOpen(write_only); },
-         io(EINVAL, "91f2b0d2", "", "Invalid argument", "ZUMFileInputStream::tryOpen(int)")},
+         io(EINVAL, "FILE_OPEN_FAILED", "", "Invalid argument", "ZUMFileInputStream::tryOpen(int)")},
         {[&](ZUMFileInputStream& s) { EXPECT_FALSE(s.open(write_only)); s.read(); }, invalid},
         // The tryOpen forms refuse null before they close anything.
         {[&](ZUMFileInputStream& s) { s.tryOpen(static_cast<FILE*>(nullptr)); },

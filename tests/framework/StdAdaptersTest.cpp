@@ -84,5 +84,5 @@ TEST(ZUMStdStreams, ReadAndWriteStandardStreams)
     sink.setstate(std::ios::badbit);
     std::string failure = raised([&] { out.write("x", 1); });
     EXPECT_EQ(failure.rfind("ZUMIOException(1,", 0), 0u) << failure;
-    EXPECT_NE(failure.find(" #91fdd700 'std::ostream write failed' @"), std::string::npos) << failure;
+    EXPECT_NE(failure.find(" #TEXT_ERROR 'std::ostream write failed' @"), std::string::npos) << failure;
 }

@@ -62,7 +62,7 @@ TEST(Throwables, CloneAndHurlKeepTheClassTextCodeAndMessages)
         {[] { return new RVKOutOfMemoryError(7, "t"); }, "RVKOutOfMemoryError(t) @- @m"},
         {[] { return new RVKStdExceptionError(k_std_error); }, "RVKStdExceptionError(standard failure) @- @m"},
         {[=] { return &(*new RVKException(error, 7L) << kept << numbered); },
-         "RVKException(1,7) 'kept' #91fe8ba5 @- @m"},
+         "RVKException(1,7) 'kept' #FILE_READ_FAILED @- @m"},
         {[=] { return &(*new ZUMIOException(error, 7L) << kept); }, "ZUMIOException(1,7) 'kept' @- @m"},
         {[=] { return &(*new ZUMIOTimeoutException(error, 7L) << kept); }, "ZUMIOTimeoutException(1,7) 'kept' @- @m"},
         {[=] { return &(*new ZUMIOCancelException(error, 7L) << kept); }, "ZUMIOCancelException(1,7) 'kept' @- @m"},

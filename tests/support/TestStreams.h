@@ -200,8 +200,33 @@ inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form:
     return str(got);
 }
 
+// The name of a catalog number of the library (ZUMMessage::TEXT_ERROR gives
+// "TEXT_ERROR"), or the number in hexadecimal.
+inline std::string messageName(unsigned long number)
+{
+    static std::pair<unsigned long, char const*> const names[] = {
+        {ZUMMessage::TEXT_ERROR, "TEXT_ERROR"},
+        {ZUMMessage::FILE_OPEN_FAILED, "FILE_OPEN_FAILED"},
+        {ZUMMessage::FILE_READ_FAILED, "FILE_READ_FAILED"},
+        {ZUMMessage::GZIP_TRUNCATED, "GZIP_TRUNCATED"},
+        {ZUMMessage::GZIP_NOT_GZIP, "GZIP_NOT_GZIP"},
+        {ZUMMessage::GZIP_UNSUPPORTED, "GZIP_UNSUPPORTED"},
+        {ZUMMessage::GZIP_CORRUPT, "GZIP_CORRUPT"},
+        {ZUMMessage::GZIP_CRC_MISMATCH, "GZIP_CRC_MISMATCH"},
+        {ZUMMessage::GZIP_LENGTH_MISMATCH, "GZIP_LENGTH_MISMATCH"},
+    };
+    for (auto const& [n, name] : names) {
+        if (n == number) {
+            return name;
+        }
+    }
+    char hex[20];
+    std::snprintf(hex, sizeof hex, "%lx", number);
+    return hex;
+}
+
 // What `call` raises, on one line: the class of a core throwable, for an
-// RVKException its severity, code and messages (a catalog number as #hex, a
+// RVKException its severity, code and messages (a catalog number as #NAME, a
 // text in quotes), otherwise its text in parentheses; then the method text of
 // every back-trace entry ("-" for none). A text exception gives "text: ...",
 // no raise "none".
@@ -218,9 +243,9 @@ std::string raised(Call call)
         for (std::size_t i = 0; x && i < x->getMessageCount(); ++i) {
             auto const* numbered = dynamic_cast<RVKMessage const*>(&x->getMessageAt(i));
             auto const* text = dynamic_cast<RVKMessageString const*>(&x->getMessageAt(i));
-            char hex[20];
-            std::snprintf(hex, sizeof hex, " #%lx", numbered ? numbered->getMsgNumber() : 0UL);
-            out += numbered ? hex : text ? std::string(" '") + text->getString().c_str() + "'" : " ?";
+            out += numbered ? " #" + messageName(numbered->getMsgNumber())
+                   : text   ? std::string(" '") + text->getString().c_str() + "'"
+                            : " ?";
         }
         for (std::size_t i = 0; i < e.getBackTraceSize(); ++i) {
             out += std::string(" @") + (e.getBackTraceEntry(i).method ? e.getBackTraceEntry(i).method : "-");
