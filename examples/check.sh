@@ -21,8 +21,8 @@ same() {
   cmp "$1" "$2" || { echo "FAILED: $1 and $2 differ" >&2; return 1; }
 }
 
-# patch FILE OFFSET BYTE: overwrites the byte at OFFSET (octal escape BYTE, as
+# set_byte FILE OFFSET BYTE: overwrites the byte at OFFSET (octal escape BYTE, as
 # printf takes it, e.g. '\006').
-patch() {
+set_byte() {
   printf "$3" | dd of="$1" bs=1 seek="$2" conv=notrunc status=none
 }

@@ -95,6 +95,10 @@ int main(int argc, char** argv)
         }
         out.close();  // flushes the file; raises if the bytes did not get there
     } catch (ZUMIOException const& e) {
+        // Every exception ends the run. One raised while the trailer is read
+        // (the input ended there, or the stream beneath failed there) leaves
+        // the member ended, and further reads return -1: a program that went
+        // on reading would take an unverified member for a whole one.
         return fail(describe(e, argv[1], argv[2], member));
     } catch (std::exception const& e) {  // RVKThrowable and the standard library's
         return fail(e.what());
