@@ -1,0 +1,232 @@
+#include "operations.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "RVKCore.h"
+#include "ZUMStreams.h"
+#include "http.h"
+#include "messages.h"
+#include "options.h"
+#include "progress.h"
+#include "streams.h"
+
+namespace zumcat {
+
+void copy(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
+{
+    int empty = 0;
+    for (;;) {
+        int n = in.read(buf.data(), static_cast<int>(buf.size()));
+        if (n < 0) {
+            return;
+        }
+        if (n == 0) {
+            if (++empty == 1000) {
+                throw Failure{"the input makes no progress"};
+            }
+            continue;
+        }
+        empty = 0;
+        out.write(buf.data(), n);
+    }
+}
+
+long long drain(ZUMInputStream& in, std::vector<char>& buf)
+{
+    long long total = 0;
+    for (int empty = 0; empty < 1000;) {
+        int n = in.read(buf.data(), static_cast<int>(buf.size()));
+        if (n < 0) {
+            break;
+        }
+        empty = n == 0 ? empty + 1 : 0;
+        total += n;
+    }
+    return total;
+}
+
+namespace {
+
+// Reads up to two bytes of `in` into magic[] and takes them back; returns how
+// many there were.
+int peekTwo(ZUMInputStream& in, char magic[2])
+{
+    int have = 0;
+    for (int c; have < 2 && (c = in.read()) >= 0; ++have) {
+        magic[have] = static_cast<char>(c);
+    }
+    if (have > 0) {
+        in.unread(magic, have);
+    }
+    return have;
+}
+
+}  // namespace
+
+long long gunzipMembers(ZUMInputStream& in, InputBuffer const& input, ZUMOutputStream& out,
+                        std::vector<char>& buf, bool mayBeEmpty)
+{
+    ZUMGZIPInputStream gz;
+    for (bool first = true;; first = false) {
+        long long const at = input.position();
+        char magic[2];
+        int have = peekTwo(in, magic);
+        if (have == 0 && (!first || mayBeEmpty)) {
+            return -1;
+        }
+        // Two bytes decide. Fewer (the input ends there) go to the gzip
+        // stream, which reports the truncation, when they may begin a member.
+        bool const id1 = have > 0 && magic[0] == '\x1f';
+        bool const member = have == 2 ? id1 && magic[1] == '\x8b' : have == 0 || id1 || first;
+        if (!member) {
+            if (first) {
+                throw Failure{catalogText(ZUMMessage::GZIP_NOT_GZIP)};
+            }
+            return at;
+        }
+        // A member, or input too short to tell: the gzip stream decides.
+        gz.wrap(in);
+        copy(gz, out, buf);
+        gz.unWrap();  // the bytes behind the member go back to `in`
+    }
+}
+
+std::string trailingGarbage(long long bytes, long long at)
+{
+    return "trailing garbage ignored: " + std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes") +
+           " after the last gzip member, from byte " + std::to_string(at);
+}
+
+namespace {
+
+void gunzip(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf)
+{
+    InputBuffer input(source, k_io_size);
+    long long at = gunzipMembers(input, input, out, buf, false);
+    if (at >= 0) {
+        throw Failure{trailingGarbage(drain(input, buf), at)};
+    }
+}
+
+void gzip(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
+{
+    ZUMGZIPOutputStream gz(out);
+    static char const none = 0;
+    gz.write(&none, 0);  // an empty input still gives a complete member
+    copy(in, gz, buf);
+    gz.finish();
+}
+
+void chunk(ZUMInputStream& in, ZUMOutputStream& out, int size, std::vector<char>& buf)
+{
+    ZUMChunkedOutputStream chunked(out, size);
+    copy(in, chunked, buf);
+    chunked.close();
+}
+
+// Base64 text, ended by a line break as text files are: CR LF after a last
+// partial line of wrapped text, LF after the one line of unwrapped text.
+void base64(ZUMInputStream& in, StandardOutput& out, int wrap, std::vector<char>& buf)
+{
+    ZUMBase64OutputStream b64(out);
+    b64.lineBreak(static_cast<unsigned short>(wrap));
+    copy(in, b64, buf);
+    b64.flush();
+    if (out.count() > 0 && out.lastByte() != '\n') {
+        out.write(wrap > 0 ? "\r\n" : "\n", wrap > 0 ? 2 : 1);
+    }
+}
+
+void unbase64(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf)
+{
+    Base64TextCheck checked(source);
+    ZUMBufferedInputStream input(checked, k_io_size);
+    ZUMStripLineBreaksInputStream text(input);
+    ZUMBase64InputStream b64;
+    b64.wrap(text);
+    copy(b64, out, buf);
+    if (!checked.fault().empty()) {
+        throw Failure{checked.fault()};
+    }
+}
+
+void xmlEscape(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
+{
+    ZUMXmlEncodeOutputStream xml(out);
+    copy(in, xml, buf);
+}
+
+// Opens the input (a path, or standard input for "" and "-") and returns its
+// size in bytes when it is a regular file, else -1.
+long long openInput(std::string const& path, ZUMFileInputStream& file)
+{
+    struct stat st;
+    bool known;
+    if (path.empty() || path == "-") {
+        known = ::fstat(STDIN_FILENO, &st) == 0;
+        file.tryOpen(::dup(STDIN_FILENO));
+    } else {
+        known = ::stat(path.c_str(), &st) == 0;
+        file.tryOpen(path.c_str());
+    }
+    return known && S_ISREG(st.st_mode) ? static_cast<long long>(st.st_size) : -1;
+}
+
+void dispatch(Options const& o, InputCounter& in, StandardOutput& out)
+{
+    std::vector<char> buf(static_cast<std::size_t>(k_io_size));
+    std::string const name = o.op->name;
+    if (name == "http") {
+        InputBuffer input(in, k_io_size);
+        http(input, out, o.body, buf);
+    } else if (name == "gunzip") {
+        gunzip(in, out, buf);
+    } else if (name == "gzip") {
+        gzip(in, out, buf);
+    } else if (name == "unchunk") {
+        InputBuffer input(in, k_io_size);
+        unchunk(input, out, buf);
+    } else if (name == "chunk") {
+        chunk(in, out, o.size, buf);
+    } else if (name == "base64") {
+        base64(in, out, o.wrap, buf);
+    } else if (name == "unbase64") {
+        unbase64(in, out, buf);
+    } else if (name == "xml-escape") {
+        xmlEscape(in, out, buf);
+    }
+}
+
+}  // namespace
+
+void run(Options const& o)
+{
+    ZUMFileInputStream file;
+    long long const size = openInput(o.file, file);
+    InputCounter in(file);
+    StandardOutput out;
+    std::unique_ptr<Progress> progress;
+    if (o.progress) {
+        progress = std::make_unique<Progress>(in, out, size, ::isatty(STDERR_FILENO) == 1);
+        in.watch(progress.get());
+        out.watch(progress.get());
+    }
+    try {
+        dispatch(o, in, out);
+        out.flush();
+    } catch (...) {
+        if (progress) {
+            std::fflush(stdout);
+            progress->finish();
+        }
+        throw;
+    }
+    if (progress) {
+        progress->finish();
+    }
+}
+
+}  // namespace zumcat
