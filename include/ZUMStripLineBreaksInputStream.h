@@ -14,11 +14,14 @@
 // ZUMBase64InputStream wrapped around this filter decodes them, since the
 // Base64 stream itself hands every four bytes to the decoder as they come.
 //
-// A read asks the upstream once for at most `count` bytes, straight into the
+// A read asks the upstream for at most `count` bytes, straight into the
 // caller's memory, and removes the dropped bytes there: it keeps no buffer
 // and allocates nothing. When every byte of an upstream read was dropped it
-// reads again, at most 1000 times in one call, and then returns 0 (the end of
-// the upstream is still -1). An upstream read of 0 bytes is returned as 0.
+// reads again, as long as the upstream delivers bytes (each pass consumes
+// input), so a block read returns 0 only where the upstream did: a run of
+// line breaks, however long, never looks like the end of the text to a
+// reader above (the Base64 stream takes 0 at the start of a group as the
+// end of its present call).
 //
 // The upstream is referenced, never owned. close() and the timeout and
 // cancel operations reach the upstream (the filter base). canUnread() is
@@ -34,17 +37,18 @@ public:
     ~ZUMStripLineBreaksInputStream() override;
 
     // Appends up to `count` kept bytes to `buffer`. Returns their number (0
-    // as described above, and for a count of 0 or less), or -1 at the end of
-    // the upstream. Raises as the array read does.
+    // when the upstream delivered 0, and for a count of 0 or less), or -1 at
+    // the end of the upstream. Raises as the array read does.
     int read(RVKByteBuffer& buffer, int count) override;
     // Copies up to `count` kept bytes to buf[0..] and returns their number,
-    // or -1 at the end of the upstream; 0 for a count of 0 or less. Raises
+    // or -1 at the end of the upstream; 0 when the upstream delivered 0, and
+    // for a count of 0 or less. Raises
     // RVKIllegalStateError ("ZUMStripLineBreaksInputStream::read") when
     // unwrapped and RVKAssertError "RVK_ASSERT(buf);" for a null `buf` with a
     // positive count; exceptions of the upstream pass unchanged.
     int read(char* buf, int count) override;
-    // The next kept byte as 0..255, or -1 at the end of the upstream (or when
-    // 1000 reads in a row delivered nothing to keep).
+    // The next kept byte as 0..255, or -1 at the end of the upstream (or
+    // after 1000 upstream reads of 0 bytes in a row).
     int read() override;
     // Detaches from the upstream. Raises RVKIllegalStateError
     // ("ZUMStripLineBreaksInputStream::unWrap") when unwrapped.

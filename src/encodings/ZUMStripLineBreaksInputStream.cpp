@@ -5,19 +5,22 @@
 
 namespace {
 
-// Upstream reads in one call that may deliver nothing to keep before the
-// call returns 0.
-int const k_max_dropped_reads = 1000;
+// For each byte value, whether it is dropped: bit 0 in line-break mode, bit 1
+// in white-space mode.
+struct DropTable {
+    unsigned char of[256];
+    constexpr DropTable() : of()
+    {
+        of[static_cast<unsigned char>('\r')] = of[static_cast<unsigned char>('\n')] = 3;
+        of[static_cast<unsigned char>(' ')] = of[static_cast<unsigned char>('\t')] = 2;
+        of[static_cast<unsigned char>('\v')] = of[static_cast<unsigned char>('\f')] = 2;
+    }
+};
+constexpr DropTable k_drop;
 
-bool isLineBreak(unsigned char c)
-{
-    return c == '\r' || c == '\n';
-}
-
-bool isWhiteSpace(unsigned char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');  // space, \t \n \v \f \r
-}
+// Upstream reads of 0 bytes in a row after which read() takes the upstream
+// as ended.
+int const k_max_empty_reads = 1000;
 
 }  // namespace
 
@@ -37,15 +40,14 @@ ZUMStripLineBreaksInputStream::~ZUMStripLineBreaksInputStream() = default;
 
 int ZUMStripLineBreaksInputStream::strip(char* buf, int n) const
 {
-    bool (*const dropped)(unsigned char) = m_all_white_space ? isWhiteSpace : isLineBreak;
+    unsigned char const mode = m_all_white_space ? 2 : 1;
     int kept = 0;
-    while (kept < n && !dropped(static_cast<unsigned char>(buf[kept]))) {
+    while (kept < n && !(k_drop.of[static_cast<unsigned char>(buf[kept])] & mode)) {
         ++kept;  // the common case: nothing to drop, nothing moves
     }
     for (int i = kept; i < n; ++i) {
-        if (!dropped(static_cast<unsigned char>(buf[i]))) {
-            buf[kept++] = buf[i];
-        }
+        buf[kept] = buf[i];
+        kept += (k_drop.of[static_cast<unsigned char>(buf[i])] & mode) ? 0 : 1;
     }
     return kept;
 }
@@ -59,7 +61,8 @@ int ZUMStripLineBreaksInputStream::read(char* buf, int count)
         return 0;
     }
     RVK_ASSERT(buf);
-    for (int pass = 0; pass < k_max_dropped_reads; ++pass) {
+    // Every pass consumes upstream bytes, so the loop ends with the input.
+    for (;;) {
         int n = p_upstream->read(buf, count);
         if (n <= 0) {
             return n;
@@ -69,7 +72,6 @@ int ZUMStripLineBreaksInputStream::read(char* buf, int count)
             return kept;
         }
     }
-    return 0;
 }
 
 int ZUMStripLineBreaksInputStream::read(RVKByteBuffer& buffer, int count)
@@ -91,13 +93,10 @@ int ZUMStripLineBreaksInputStream::read(RVKByteBuffer& buffer, int count)
 int ZUMStripLineBreaksInputStream::read()
 {
     unsigned char byte = 0;
-    for (int pass = 0; pass < k_max_dropped_reads; ++pass) {
+    for (int empty = 0; empty < k_max_empty_reads; ++empty) {
         int n = read(reinterpret_cast<char*>(&byte), 1);
-        if (n == 1) {
-            return byte;
-        }
-        if (n < 0) {
-            return -1;
+        if (n != 0) {
+            return n == 1 ? byte : -1;
         }
     }
     return -1;

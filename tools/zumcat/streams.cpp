@@ -121,7 +121,6 @@ int Base64TextCheck::check(char* buf, int n)
             }
             kept += run;
             i = end;
-            m_after_break = false;
             continue;
         }
         // Any other byte, one at a time.
@@ -130,10 +129,7 @@ int Base64TextCheck::check(char* buf, int n)
         long long const at = m_offset + i;
         ++i;
         if (kind == BREAK) {
-            if (!m_after_break) {
-                buf[kept++] = '\n';
-                m_after_break = true;
-            }
+            buf[kept++] = static_cast<char>(c);  // dropped by the line-break filter above
             continue;
         }
         if (kind == OTHER) {
@@ -158,7 +154,6 @@ int Base64TextCheck::check(char* buf, int n)
             m_pad_offset = -1;
         }
         buf[kept++] = static_cast<char>(c);
-        m_after_break = false;
     }
     m_offset += n;
     return kept;

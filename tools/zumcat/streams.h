@@ -99,9 +99,8 @@ private:
 
 // An input filter that checks Base64 text as it is read from the input, in
 // the large reads of the buffered stream above it. CR and LF may stand
-// anywhere (a run of them is delivered as one LF, which the line-break filter
-// further up drops: that filter then never reads a long run of blank lines);
-// the other bytes must form groups of four alphabet characters, the last one
+// anywhere (the line-break filter further up drops them); the other bytes
+// must form groups of four alphabet characters, the last one
 // or two of a group possibly '='. At the first byte that does not, it
 // delivers the bytes before it and then reports the end of the text, so the
 // decoder writes every group before the fault; fault() then says what is
@@ -128,7 +127,6 @@ private:
     int m_group = 0;              // characters of the current group, 0..3
     long long m_group_start = 0;  // offset of the group's first character
     long long m_pad_offset = -1;  // a '=' in third place, awaiting a second one
-    bool m_after_break = false;   // the last byte delivered was a line break
     std::string m_fault;
 };
 
