@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "TestFiles.h"
 #include "TestStreams.h"
 
 // CR and LF (or all ASCII white space) are dropped wherever they fall in the
@@ -26,39 +25,6 @@ TEST(StripLineBreaksInputStream, DropsLineBreaksOrWhiteSpaceInEveryReadForm)
             }
         }
     }
-}
-
-// Base64 written with line breaks (ours and an independent encoder's 76
-// character lines, CR LF or LF alone) decodes through the filter.
-TEST(StripLineBreaksInputStream, LetsTheBase64StreamReadTextWithLineBreaks)
-{
-    std::string const input = dataFile("base64/input.bin");
-    for (int n : {0, 57, 58, 3073, 10000}) {
-        std::string text = dataFile("base64/mime-" + std::to_string(n) + ".txt");
-        std::string lf;
-        for (char ch : text) {
-            lf += ch == '\r' ? "" : std::string(1, ch);
-        }
-        for (std::string const& t : {text, lf}) {
-            ZUMMemoryInputStream raw(t.data(), static_cast<int>(t.size()));
-            ZUMBufferedInputStream bis(raw, 100);
-            ZUMStripLineBreaksInputStream strip(bis);
-            ZUMBase64InputStream b64;
-            b64.wrap(strip);
-            EXPECT_TRUE(drain(b64, 1000) == input.substr(0, static_cast<std::size_t>(n))) << n << " bytes";
-        }
-    }
-    ZUMMemoryOutputStream mem(0, 256);
-    {
-        ZUMBase64OutputStream out(mem);
-        out.lineBreak(10);
-        out.write(input.data(), 1000);
-    }
-    ZUMMemoryInputStream raw(mem.bytes(), mem.length());
-    ZUMStripLineBreaksInputStream strip(raw);
-    ZUMBase64InputStream b64;
-    b64.wrap(strip);
-    EXPECT_TRUE(drain(b64, 77, Form::Array) == input.substr(0, 1000));
 }
 
 // Reads of nothing but dropped bytes are retried within the call, at most

@@ -159,9 +159,14 @@ private:
     char const* m_fail_text = nullptr;
 };
 
+// The content of a byte buffer or of a memory output stream.
 inline std::string str(RVKByteBuffer const& b)
 {
     return std::string(b.str(), static_cast<std::size_t>(b.pcount()));
+}
+inline std::string str(ZUMMemoryOutputStream const& m)
+{
+    return std::string(m.bytes(), static_cast<std::size_t>(m.length()));
 }
 
 // Writes `bytes` to `out` in writes of the sizes in `pieces`, taken in turn
@@ -204,17 +209,13 @@ inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form:
 // "TEXT_ERROR"), or the number in hexadecimal.
 inline std::string messageName(unsigned long number)
 {
+#define ZUM_NAMED(name) {ZUMMessage::name, #name}
     static std::pair<unsigned long, char const*> const names[] = {
-        {ZUMMessage::TEXT_ERROR, "TEXT_ERROR"},
-        {ZUMMessage::FILE_OPEN_FAILED, "FILE_OPEN_FAILED"},
-        {ZUMMessage::FILE_READ_FAILED, "FILE_READ_FAILED"},
-        {ZUMMessage::GZIP_TRUNCATED, "GZIP_TRUNCATED"},
-        {ZUMMessage::GZIP_NOT_GZIP, "GZIP_NOT_GZIP"},
-        {ZUMMessage::GZIP_UNSUPPORTED, "GZIP_UNSUPPORTED"},
-        {ZUMMessage::GZIP_CORRUPT, "GZIP_CORRUPT"},
-        {ZUMMessage::GZIP_CRC_MISMATCH, "GZIP_CRC_MISMATCH"},
-        {ZUMMessage::GZIP_LENGTH_MISMATCH, "GZIP_LENGTH_MISMATCH"},
+        ZUM_NAMED(TEXT_ERROR),    ZUM_NAMED(FILE_OPEN_FAILED), ZUM_NAMED(FILE_READ_FAILED),
+        ZUM_NAMED(GZIP_TRUNCATED), ZUM_NAMED(GZIP_NOT_GZIP),   ZUM_NAMED(GZIP_UNSUPPORTED),
+        ZUM_NAMED(GZIP_CORRUPT),  ZUM_NAMED(GZIP_CRC_MISMATCH), ZUM_NAMED(GZIP_LENGTH_MISMATCH),
     };
+#undef ZUM_NAMED
     for (auto const& [n, name] : names) {
         if (n == number) {
             return name;
