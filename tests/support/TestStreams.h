@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -203,6 +204,30 @@ inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form:
         }
     }
     return str(got);
+}
+
+// Reads the chunked body that `bis` stands at through a chunked stream on it
+// (with `owned`, on a buffered stream of its own, of 8 bytes, over `bis`) and,
+// when `gzip` is set, a gzip stream on that, in reads of `count` in `form`:
+// what the top stream delivers up to -1, then with gzip "|" and what the
+// chunked stream still delivers once the gzip stream is unwrapped. The
+// chunked stream is unwrapped at the end, so the trailer is left in `bis`.
+inline std::string readChunkedBody(ZUMBufferedInputStream& bis, bool gzip, int count = 4096, Form form = Form::Buffer,
+                                   bool owned = false)
+{
+    std::unique_ptr<ZUMChunkedInputStream> chunked(
+        owned ? new ZUMChunkedInputStream(static_cast<ZUMInputStream&>(bis), 8) : new ZUMChunkedInputStream(bis));
+    ZUMGZIPInputStream gz;
+    if (gzip) {
+        gz.wrap(*chunked);
+    }
+    std::string got = drain(gzip ? static_cast<ZUMInputStream&>(gz) : *chunked, count, form);
+    if (gzip) {
+        gz.unWrap();
+        got += "|" + drain(*chunked, count);
+    }
+    chunked->unWrap();
+    return got;
 }
 
 // The name of a catalog number of the library (ZUMMessage::TEXT_ERROR gives
