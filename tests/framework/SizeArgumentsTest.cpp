@@ -32,8 +32,8 @@ TEST(SizeArguments, ValuesThatCannotWorkAreRefused)
         {-1, [&](int n) { ZUMOutputStreamBuf b(out, n); }, "ZUMOutputStreamBuf", "bufferSize must be 1 or more"},
     };
     for (auto const& c : cases) {
-        EXPECT_EQ(raised([&] { c.make(c.size); }), "RVKIllegalArgumentError() @" + c.cls + "::" + c.cls + " - " + c.says)
-            << "size " << c.size;
+        std::string const refusal = "RVKIllegalArgumentError() @" + c.cls + "::" + c.cls + " - " + c.says;
+        EXPECT_EQ(raised([&] { c.make(c.size); }), refusal) << "size " << c.size;
     }
     EXPECT_EQ(in.read(), 'a') << "nothing was read from the stream beneath";
     EXPECT_EQ(out.length(), 0) << "nothing was written to the stream beneath";
