@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <thread>
@@ -128,11 +129,9 @@ TEST(NginxPeer, DecodesGzipChunkedResponsesToTheFilesBytes)
         EXPECT_EQ(std::string(line.str()).rfind("HTTP/1.1 200", 0), 0u) << line.str();
         std::string headers;
         for (line.reset(); bis.readline(line) > 2; line.reset()) {
-            for (char* c = line.str(); *c; ++c) {
-                *c = static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
-            }
-            headers += line.str();
+            headers += str(line);
         }
+        std::transform(headers.begin(), headers.end(), headers.begin(), [](unsigned char c) { return std::tolower(c); });
         ASSERT_NE(headers.find("transfer-encoding: chunked\r\n"), std::string::npos) << headers;
         ASSERT_NE(headers.find("content-encoding: gzip\r\n"), std::string::npos) << headers;
         if (size >= 100 * 1024) {  // several chunks: a second size line follows the first chunk
