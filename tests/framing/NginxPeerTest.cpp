@@ -131,7 +131,8 @@ TEST(NginxPeer, DecodesGzipChunkedResponsesToTheFilesBytes)
         for (line.reset(); bis.readline(line) > 2; line.reset()) {
             headers += str(line);
         }
-        std::transform(headers.begin(), headers.end(), headers.begin(), [](unsigned char c) { return std::tolower(c); });
+        std::transform(headers.begin(), headers.end(), headers.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
         ASSERT_NE(headers.find("transfer-encoding: chunked\r\n"), std::string::npos) << headers;
         ASSERT_NE(headers.find("content-encoding: gzip\r\n"), std::string::npos) << headers;
         if (size >= 100 * 1024) {  // several chunks: a second size line follows the first chunk
