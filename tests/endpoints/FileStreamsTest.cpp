@@ -110,9 +110,10 @@ TEST(FileStreams, WrittenFileReadsBackByteIdenticalThenEndOfFileOnEveryRead)
     }
     ZUMFileInputStream again(dir.file("missing").c_str());
     EXPECT_TRUE(again.open(path.c_str()));
-    EXPECT_TRUE(drain(again, 300, Form::Array) == readFile(path));
+    std::string const all = readFile(path);
+    EXPECT_TRUE(drain(again, 300, Form::Array) == all);
     again.tryOpen(path.c_str());
-    EXPECT_EQ(drain(again, 700).size(), 5u << 20);
+    EXPECT_TRUE(drain(again, 700) == all);
 }
 
 // A stdio file handed in is closed by the destructor, close(), and opening
