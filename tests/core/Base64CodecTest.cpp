@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "RVKBase64.h"
+#include "TestStreams.h"
 
 namespace {
 
@@ -50,19 +50,6 @@ Decoded decodeN(std::string const& text)
     return {status, std::string(out.data(), n)};
 }
 
-std::string bytesOfLength(std::size_t n)
-{
-    std::string bytes(n, '\0');
-    unsigned x = 2463534242u;
-    for (char& c : bytes) {
-        x ^= x << 13;
-        x ^= x >> 17;
-        x ^= x << 5;
-        c = static_cast<char>(x >> 24);
-    }
-    return bytes;
-}
-
 }  // namespace
 
 // Every length up to a few steps of the wide loops, and every byte value:
@@ -70,7 +57,7 @@ std::string bytesOfLength(std::size_t n)
 TEST(Base64Codec, RoundTripsEveryLength)
 {
     for (std::size_t n = 0; n <= 100; ++n) {
-        std::string bytes = bytesOfLength(n);
+        std::string bytes = testBytes(n);
         std::string text = encode(bytes);
         ASSERT_EQ(text, referenceEncode(bytes)) << n;
         ASSERT_EQ(RVKBase64EncodedSize(static_cast<unsigned>(n), 0), text.size() + 1) << n;
@@ -90,7 +77,7 @@ TEST(Base64Codec, RoundTripsEveryLength)
 // of the groups before its group are reported.
 TEST(Base64Codec, RejectsABadCharacterAtEveryPlace)
 {
-    std::string const bytes = bytesOfLength(60);
+    std::string const bytes = testBytes(60);
     std::string const text = encode(bytes);  // 80 characters, no padding
     for (char bad : {'*', '\0', '\n', '-', '\x80', '\xff'}) {
         for (std::size_t at = 0; at < text.size(); ++at) {

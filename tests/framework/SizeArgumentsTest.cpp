@@ -11,37 +11,29 @@
 // stream spin would fail here instead of hanging.
 TEST(SizeArguments, ValuesThatCannotWorkAreRefused)
 {
-    auto refused = [](char const* method) { return std::string("RVKIllegalArgumentError() @") + method; };
-    std::string const bis = refused("ZUMBufferedInputStream::ZUMBufferedInputStream - size must be 1 or more");
-    std::string const bos = refused("ZUMBufferedOutputStream::ZUMBufferedOutputStream - size must be 1 or more");
-    std::string const block = refused("ZUMBlockInputStream::ZUMBlockInputStream - size must be 1 or more");
-    std::string const cis = refused("ZUMChunkedInputStream::ZUMChunkedInputStream - size must be 1 or more");
-    std::string const cos = refused("ZUMChunkedOutputStream::ZUMChunkedOutputStream - size must be 1 or more");
-    std::string const mos = refused("ZUMMemoryOutputStream::ZUMMemoryOutputStream - sizes must be 0 or more");
-    std::string const isb = refused("ZUMInputStreamBuf::ZUMInputStreamBuf - bufferSize must be 1 or more");
-    std::string const osb = refused("ZUMOutputStreamBuf::ZUMOutputStreamBuf - bufferSize must be 1 or more");
-
     ZUMMemoryInputStream in("abc\r\n", 5);
     ZUMMemoryOutputStream out(16, 16);
-    struct Case { int size; std::function<void(int)> make; std::string expected; };
+    // The class whose constructor refuses the size, and what it says.
+    struct Case { int size; std::function<void(int)> make; std::string cls, says = "size must be 1 or more"; };
     std::vector<Case> const cases = {
-        {0, [](int n) { ZUMBufferedInputStream s(n); }, bis},
-        {-1, [&](int n) { ZUMBufferedInputStream s(in, n); }, bis},
-        {0, [&](int n) { ZUMBufferedOutputStream s(out, n); s.write("ab", 2); }, bos},
-        {INT_MIN, [](int n) { ZUMBufferedOutputStream s(n); }, bos},
-        {0, [&](int n) { ZUMBlockInputStream s(in, n); }, block},
-        {-4096, [](int n) { ZUMBlockInputStream s(n); }, block},
-        {0, [&](int n) { ZUMChunkedInputStream s(in, n); }, cis},
-        {-1, [](int n) { ZUMChunkedInputStream s(n); }, cis},
-        {0, [&](int n) { ZUMChunkedOutputStream s(out, n); s.write("ab", 2); }, cos},
-        {INT_MIN, [&](int n) { ZUMChunkedOutputStream s(out, n); }, cos},
-        {-1, [](int n) { ZUMMemoryOutputStream s(n, 16); }, mos},
-        {-1, [](int n) { ZUMMemoryOutputStream s(16, n); }, mos},
-        {0, [&](int n) { ZUMInputStreamBuf b(in, n); }, isb},
-        {-1, [&](int n) { ZUMOutputStreamBuf b(out, n); }, osb},
+        {0, [](int n) { ZUMBufferedInputStream s(n); }, "ZUMBufferedInputStream"},
+        {-1, [&](int n) { ZUMBufferedInputStream s(in, n); }, "ZUMBufferedInputStream"},
+        {0, [&](int n) { ZUMBufferedOutputStream s(out, n); s.write("ab", 2); }, "ZUMBufferedOutputStream"},
+        {INT_MIN, [](int n) { ZUMBufferedOutputStream s(n); }, "ZUMBufferedOutputStream"},
+        {0, [&](int n) { ZUMBlockInputStream s(in, n); }, "ZUMBlockInputStream"},
+        {-4096, [](int n) { ZUMBlockInputStream s(n); }, "ZUMBlockInputStream"},
+        {0, [&](int n) { ZUMChunkedInputStream s(in, n); }, "ZUMChunkedInputStream"},
+        {-1, [](int n) { ZUMChunkedInputStream s(n); }, "ZUMChunkedInputStream"},
+        {0, [&](int n) { ZUMChunkedOutputStream s(out, n); s.write("ab", 2); }, "ZUMChunkedOutputStream"},
+        {INT_MIN, [&](int n) { ZUMChunkedOutputStream s(out, n); }, "ZUMChunkedOutputStream"},
+        {-1, [](int n) { ZUMMemoryOutputStream s(n, 16); }, "ZUMMemoryOutputStream", "sizes must be 0 or more"},
+        {-1, [](int n) { ZUMMemoryOutputStream s(16, n); }, "ZUMMemoryOutputStream", "sizes must be 0 or more"},
+        {0, [&](int n) { ZUMInputStreamBuf b(in, n); }, "ZUMInputStreamBuf", "bufferSize must be 1 or more"},
+        {-1, [&](int n) { ZUMOutputStreamBuf b(out, n); }, "ZUMOutputStreamBuf", "bufferSize must be 1 or more"},
     };
     for (auto const& c : cases) {
-        EXPECT_EQ(raised([&] { c.make(c.size); }), c.expected) << "size " << c.size;
+        std::string const refusal = "RVKIllegalArgumentError() @" + c.cls + "::" + c.cls + " - " + c.says;
+        EXPECT_EQ(raised([&] { c.make(c.size); }), refusal) << "size " << c.size;
     }
     EXPECT_EQ(in.read(), 'a') << "nothing was read from the stream beneath";
     EXPECT_EQ(out.length(), 0) << "nothing was written to the stream beneath";

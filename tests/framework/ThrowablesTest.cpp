@@ -89,8 +89,10 @@ TEST(Throwables, CloneAndHurlKeepTheClassTextCodeAndMessages)
     EXPECT_STREQ(copied.getText(), "copied");
 }
 
-// The named numbers are the catalog's, and the catalog has a text for each.
-TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndFallsBackToTheNumber)
+// The named numbers are the catalog's, and the catalog has a text for each;
+// hasMessage() finds a number of the library's catalog among an exception's
+// messages, whatever its place, and only of that catalog.
+TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndHasMessageFindsThem)
 {
     std::pair<unsigned long, unsigned long> const numbers[] = {
         {ZUMMessage::TEXT_ERROR, 0x91fdd700UL},        {ZUMMessage::FILE_OPEN_FAILED, 0x91f2b0d2UL},
@@ -106,12 +108,6 @@ TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndFallsBackToTheNumber)
     }
     EXPECT_EQ(messageText(RVKMessage(i18n("rvkzummsgs"), 0x1234UL)), "rvkzummsgs#0x1234");
     EXPECT_EQ(messageText(RVKMessage(i18n("othermsgs"), 0x91fdd700UL)), "othermsgs#0x91fdd700");
-}
-
-// hasMessage() finds a number of the library's catalog among the messages,
-// whatever its place, and only of that catalog.
-TEST(ZUMIOException, HasMessageLooksForTheNumberOfTheLibraryCatalog)
-{
     ZUMIOTimeoutException e(static_cast<RVKSeverity>(1), 4L);
     e << RVKMessageString(i18n("first")) << ZUMMessage(ZUMMessage::FILE_READ_FAILED)
       << RVKMessage(i18n("othermsgs"), ZUMMessage::GZIP_CORRUPT);

@@ -112,3 +112,20 @@ TEST(BufferedInputStream, ReadlineEndsLinesAtCrLfOnly)
     EXPECT_EQ(str(line), "cde\r\n");
 }
 
+
+// readline has no length limit: a line far longer than the buffer is
+// delivered whole however many refills it spans; a lone CR or LF ends nothing.
+TEST(BufferedInputStream, ReadlineDeliversHugeLinesWhole)
+{
+    std::string const big(3 << 20, 'x');
+    int const n = static_cast<int>(big.size());
+    struct Case { std::string input; std::vector<int> lines; } const cases[] = {
+        {big + "\r\nnext\r\n", {n + 2, 6}}, {big, {n}}, {big + "\r" + big + "\n", {2 * n + 2}}};
+    for (auto const& c : cases) {
+        ZUMMemoryInputStream mem(c.input.data(), static_cast<int>(c.input.size()));
+        ZUMBufferedInputStream bis(mem, 4096);
+        std::vector<int> lines;
+        EXPECT_TRUE(drain(bis, 0, Form::Line, &lines) == c.input);
+        EXPECT_EQ(lines, c.lines);
+    }
+}

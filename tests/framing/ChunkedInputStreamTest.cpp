@@ -47,11 +47,19 @@ TEST(ChunkedInputStream, ChunkSizeLinesAreReadLeniently)
         {"3\r\nabc2\r\nde", "abcde"},                  // no check of the CR LF after data
         {"5\r\nab", "ab"},                             // the stream beneath ends inside a chunk
         {"", ""},
+        // A line of any length is read to its end before its leading digits
+        // are taken: 2^32 * k + 5 written with a million digits is 5; an
+        // extension of a megabyte is ignored; without CR LF the whole input is
+        // one size line, and nothing follows it.
+        {"1" + std::string(1 << 20, '0') + "5\r\nhello\r\n0\r\n\r\n", "hello"},
+        {"5;" + std::string(1 << 20, 'e') + "\r\nhello\r\n0\r\n\r\n", "hello"},
+        {"5" + std::string(1 << 20, ' '), ""},
     };
     for (auto const& c : cases) {
         ZUMMemoryInputStream mem(c.body.data(), static_cast<int>(c.body.size()));
         ZUMChunkedInputStream chunked(mem, 16);
-        EXPECT_EQ(drain(chunked, 100), c.data) << c.body;
+        EXPECT_EQ(drain(chunked, 100), c.data) << c.body.substr(0, 20);
+        EXPECT_EQ(chunked.read(), -1);
     }
 }
 

@@ -89,11 +89,9 @@ TEST(ChunkedOutputStream, IndependentDecoderAndOurReaderReadEveryBody)
             wire += "after";
             ZUMMemoryInputStream source(wire.data(), static_cast<int>(wire.size()));
             ZUMBufferedInputStream bis(source, 1000);
-            ZUMChunkedInputStream in(bis);
-            EXPECT_TRUE(drain(in, 3000) == body) << "chunk " << chunk << ", " << size << " bytes";
-            RVKByteBuffer line;  // the empty trailer is left in the buffered stream, then what follows
-            EXPECT_EQ(bis.readline(line), 2);
-            EXPECT_EQ(drain(bis), "after");
+            EXPECT_TRUE(readChunkedBody(bis, false, 3000) == body) << "chunk " << chunk << ", " << size << " bytes";
+            // The empty trailer is left in the buffered stream, then what follows.
+            EXPECT_EQ(drain(bis, 0, Form::Line), "\r\nafter");
         }
     }
     if (!python) {

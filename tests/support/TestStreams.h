@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -159,9 +160,14 @@ private:
     char const* m_fail_text = nullptr;
 };
 
+// The content of a byte buffer or of a memory output stream.
 inline std::string str(RVKByteBuffer const& b)
 {
     return std::string(b.str(), static_cast<std::size_t>(b.pcount()));
+}
+inline std::string str(ZUMMemoryOutputStream const& m)
+{
+    return std::string(m.bytes(), static_cast<std::size_t>(m.length()));
 }
 
 // Writes `bytes` to `out` in writes of the sizes in `pieces`, taken in turn
@@ -200,21 +206,41 @@ inline std::string drain(ZUMInputStream& in, int count = 4096, Form form = Form:
     return str(got);
 }
 
+// Reads the chunked body that `bis` stands at through a chunked stream on it
+// (with `owned`, on a buffered stream of its own, of 8 bytes, over `bis`) and,
+// when `gzip` is set, a gzip stream on that, in reads of `count` in `form`:
+// what the top stream delivers up to -1, then with gzip "|" and what the
+// chunked stream still delivers once the gzip stream is unwrapped. The
+// chunked stream is unwrapped at the end, so the trailer is left in `bis`.
+inline std::string readChunkedBody(ZUMBufferedInputStream& bis, bool gzip, int count = 4096, Form form = Form::Buffer,
+                                   bool owned = false)
+{
+    std::unique_ptr<ZUMChunkedInputStream> chunked(
+        owned ? new ZUMChunkedInputStream(static_cast<ZUMInputStream&>(bis), 8) : new ZUMChunkedInputStream(bis));
+    ZUMGZIPInputStream gz;
+    if (gzip) {
+        gz.wrap(*chunked);
+    }
+    std::string got = drain(gzip ? static_cast<ZUMInputStream&>(gz) : *chunked, count, form);
+    if (gzip) {
+        gz.unWrap();
+        got += "|" + drain(*chunked, count);
+    }
+    chunked->unWrap();
+    return got;
+}
+
 // The name of a catalog number of the library (ZUMMessage::TEXT_ERROR gives
 // "TEXT_ERROR"), or the number in hexadecimal.
 inline std::string messageName(unsigned long number)
 {
+#define ZUM_NAMED(name) {ZUMMessage::name, #name}
     static std::pair<unsigned long, char const*> const names[] = {
-        {ZUMMessage::TEXT_ERROR, "TEXT_ERROR"},
-        {ZUMMessage::FILE_OPEN_FAILED, "FILE_OPEN_FAILED"},
-        {ZUMMessage::FILE_READ_FAILED, "FILE_READ_FAILED"},
-        {ZUMMessage::GZIP_TRUNCATED, "GZIP_TRUNCATED"},
-        {ZUMMessage::GZIP_NOT_GZIP, "GZIP_NOT_GZIP"},
-        {ZUMMessage::GZIP_UNSUPPORTED, "GZIP_UNSUPPORTED"},
-        {ZUMMessage::GZIP_CORRUPT, "GZIP_CORRUPT"},
-        {ZUMMessage::GZIP_CRC_MISMATCH, "GZIP_CRC_MISMATCH"},
-        {ZUMMessage::GZIP_LENGTH_MISMATCH, "GZIP_LENGTH_MISMATCH"},
+        ZUM_NAMED(TEXT_ERROR),    ZUM_NAMED(FILE_OPEN_FAILED), ZUM_NAMED(FILE_READ_FAILED),
+        ZUM_NAMED(GZIP_TRUNCATED), ZUM_NAMED(GZIP_NOT_GZIP),   ZUM_NAMED(GZIP_UNSUPPORTED),
+        ZUM_NAMED(GZIP_CORRUPT),  ZUM_NAMED(GZIP_CRC_MISMATCH), ZUM_NAMED(GZIP_LENGTH_MISMATCH),
     };
+#undef ZUM_NAMED
     for (auto const& [n, name] : names) {
         if (n == number) {
             return name;
