@@ -106,7 +106,7 @@ struct Decoded {
 
 // Decodes `input` with `gzip` over a PieceInputStream, with reads of the
 // sizes of `sizes` in turn, until -1 or an exception; then reads once more
-// and unwraps. At most `limit` reads.
+// (unless the header failed) and unwraps. At most `limit` reads.
 inline Decoded decode(ZUMFilterInputStream& gzip, std::string const& input, std::vector<int> const& sizes,
                       std::vector<int> const& pieces, std::size_t limit)
 {
@@ -129,8 +129,13 @@ inline Decoded decode(ZUMFilterInputStream& gzip, std::string const& input, std:
             break;
         }
     }
+    // After a header that failed its checks the next read would start a new
+    // member from the input that follows; the stream is unwrapped instead.
+    bool const header_failed = d.raised.find("(0) #91f36c62") != std::string::npos ||
+                               d.raised.find("#c1c209cf") != std::string::npos ||
+                               d.raised.find("#c1c58e80") != std::string::npos;
     try {
-        int byte = gzip.read();
+        int byte = header_failed ? -1 : gzip.read();
         d.next = byte < 0 ? "end" : "byte";
     } catch (RVKThrowable const& e) {
         d.next = describe(e);
