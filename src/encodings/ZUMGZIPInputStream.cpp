@@ -41,10 +41,6 @@ int const k_fname = 0x08;
 int const k_fcomment = 0x10;
 int const k_freserved = 0xE0;
 
-}  // namespace
-
-namespace {
-
 // The start of the input area of the input buffer.
 unsigned char* inputArea(char* inbuf)
 {
@@ -106,7 +102,9 @@ void ZUMGZIPInputStream::refill()
     // avail_in stays 0 until the upstream has delivered, so a refill that
     // throws leaves the stream readable again.
     Record* r = inflater::record(m_state);
-    int n = inflater::takeEnded(r) ? 0 : p_upstream->read(m_inbuf + inflater::k_headroom, k_inbuf_size);
+    int n = inflater::takeEnded(r)
+                ? 0
+                : p_upstream->read(reinterpret_cast<char*>(inputArea(m_inbuf)), k_inbuf_size);
     r->next_in = inputArea(m_inbuf);
     if (n < 1) {
         m_eof = 1;
@@ -245,7 +243,8 @@ int ZUMGZIPInputStream::decode(char* buf, int count)
         }
         m_err = inflater::step(r, m_eof);
         if (m_err == k_stream_end) {
-            m_crc = inflater::crc(m_crc, crc_start, static_cast<std::size_t>(r->next_out - crc_start));
+            m_crc = inflater::crc(m_crc, crc_start,
+                                  static_cast<std::size_t>(r->next_out - crc_start));
             crc_start = r->next_out;
             checkTrailer();
         }
