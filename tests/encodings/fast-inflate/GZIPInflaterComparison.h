@@ -201,10 +201,11 @@ inline std::string zlibStop(std::string const& input)
 }
 
 // Whether a raise reports damaged deflate data or trailer: corrupt data,
-// input that ends inside the deflate data, a CRC-32 or length mismatch.
+// input that ends inside the deflate data or the trailer, a CRC-32 or length
+// mismatch.
 inline bool damageVerdict(std::string const& raised)
 {
-    for (char const* v : {"(-3) #91f342d7", "(-5) #91f36c62", "(-3) #c1c34d1f", "(-3) #c1c66a72"}) {
+    for (char const* v : {"(-3) #91f342d7", "(-5) #91f36c62", "(1) #91f36c62", "(-3) #c1c34d1f", "(-3) #c1c66a72"}) {
         if (raised.find(v) != std::string::npos) {
             return true;
         }
