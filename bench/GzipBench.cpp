@@ -1,6 +1,8 @@
-// gunzip and gzip of 64 MiB: our chains, a plain zlib loop (the limit), and
-// the gzip filters of Boost.Iostreams and Poco. Every read and write asks for
-// 16 KiB; the peers get 16 KiB buffers too.
+// gunzip and gzip of 64 MiB: our chains (gunzip in the default build, with
+// zlib, and in the fast inflate build, with ISA-L), a plain zlib loop (the
+// limit of the default build), and the gzip filters of Boost.Iostreams and
+// Poco. Every read and write asks for 16 KiB; the peers get 16 KiB buffers
+// too.
 
 #include <zlib.h>
 
@@ -10,6 +12,10 @@
 
 #include "BenchSupport.h"
 #include "ZUMStreams.h"
+
+#ifdef ZUM_BENCH_FAST_INFLATE
+#include "GZIPInflaterComparison.h"  // newZlibGZIPInputStream()
+#endif
 
 #ifdef ZUM_BENCH_BOOST
 #include <boost/iostreams/device/array.hpp>
@@ -44,33 +50,85 @@ std::int64_t drainGzip(ZUMInputStream& stream, char* buf, SteadyAllocations& all
     return total;
 }
 
-}  // namespace
+// A new, unwrapped gzip input stream of one build.
+using GunzipMaker = std::unique_ptr<ZUMFilterInputStream> (*)();
+
+std::unique_ptr<ZUMFilterInputStream> libraryGunzip()
+{
+    return std::make_unique<ZUMGZIPInputStream>();
+}
+
+#ifdef ZUM_BENCH_FAST_INFLATE
+// The library is the fast inflate build; the default build's stream (zlib)
+// is compiled into this program from the same source.
+std::unique_ptr<ZUMFilterInputStream> zlibGunzip()
+{
+    return std::unique_ptr<ZUMFilterInputStream>(newZlibGZIPInputStream());
+}
+GunzipMaker const k_zlib_build = zlibGunzip;
+GunzipMaker const k_fast_build = libraryGunzip;
+#else
+GunzipMaker const k_zlib_build = libraryGunzip;
+GunzipMaker const k_fast_build = nullptr;
+#endif
 
 // memory -> buffered (16 KiB) -> chunked (16 KiB chunks) -> gzip: the typical
 // request's body.
-Pass gunzipChain()
+Pass gunzipChainOf(GunzipMaker make)
 {
+    if (!make) {
+        return nullptr;
+    }
     auto body = std::make_shared<std::string>(chunkedBody(gzipMember(kGzipData), kBlock));
     auto buf = std::make_shared<std::vector<char>>(kBlock);
-    return [body, buf](SteadyAllocations& allocs) {
+    return [body, buf, make](SteadyAllocations& allocs) {
         ZUMMemoryInputStream raw(body->data(), static_cast<int>(body->size()));
         ZUMBufferedInputStream bis(raw, kBlock);
         ZUMChunkedInputStream chunked(bis);
-        ZUMGZIPInputStream gunzip(chunked);
-        return drainGzip(gunzip, buf->data(), allocs);
+        std::unique_ptr<ZUMFilterInputStream> gunzip = make();
+        gunzip->wrap(chunked);
+        return drainGzip(*gunzip, buf->data(), allocs);
     };
 }
 
 // memory -> gzip: the member without framing.
-Pass gunzipMemory()
+Pass gunzipMemoryOf(GunzipMaker make)
 {
+    if (!make) {
+        return nullptr;
+    }
     std::string const* member = &gzipMember(kGzipData);
     auto buf = std::make_shared<std::vector<char>>(kBlock);
-    return [member, buf](SteadyAllocations& allocs) {
+    return [member, buf, make](SteadyAllocations& allocs) {
         ZUMMemoryInputStream raw(member->data(), static_cast<int>(member->size()));
-        ZUMGZIPInputStream gunzip(raw);
-        return drainGzip(gunzip, buf->data(), allocs);
+        std::unique_ptr<ZUMFilterInputStream> gunzip = make();
+        gunzip->wrap(raw);
+        return drainGzip(*gunzip, buf->data(), allocs);
     };
+}
+
+}  // namespace
+
+// The default build (zlib).
+Pass gunzipChain()
+{
+    return gunzipChainOf(k_zlib_build);
+}
+
+Pass gunzipMemory()
+{
+    return gunzipMemoryOf(k_zlib_build);
+}
+
+// The fast inflate build (ISA-L); none where this program was built without it.
+Pass gunzipChainFast()
+{
+    return gunzipChainOf(k_fast_build);
+}
+
+Pass gunzipMemoryFast()
+{
+    return gunzipMemoryOf(k_fast_build);
 }
 
 // zlib's own gzip decoding (header, CRC-32 and length checked by zlib), input

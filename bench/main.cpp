@@ -21,6 +21,8 @@ Pass gunzipMemory();
 Pass gunzipZlib();
 Pass gunzipBoost();
 Pass gunzipPoco();
+Pass gunzipChainFast();
+Pass gunzipMemoryFast();
 Pass gzipChain();
 Pass gzipMemory();
 Pass gzipZlib();
@@ -63,6 +65,8 @@ struct Row {
 };
 
 char const k_gunzip[] = "gunzip 64 MiB: memory > buffered > chunked > gzip";
+char const k_gunzip_fast[] =
+    "gunzip 64 MiB: memory > buffered > chunked > gzip, fast inflate build (ISA-L)";
 char const k_gzip[] = "gzip 64 MiB: gzip > chunked > buffered > memory";
 
 Row const k_rows[] = {
@@ -73,6 +77,16 @@ Row const k_rows[] = {
      gunzipMemory, 0, 0},
     {"gunzip/memory-vs-zlib", "gunzip 64 MiB: memory > gzip", gunzipMemory,
      "zlib inflate loop (limit)", gunzipZlib, 0, 0},
+    {"gunzip/fast-chain-vs-zlib", k_gunzip_fast, gunzipChainFast, "zlib inflate loop", gunzipZlib,
+     2.5, 0},
+    {"gunzip/fast-chain-vs-boost", k_gunzip_fast, gunzipChainFast, "Boost gzip_decompressor",
+     gunzipBoost, 0, 0, true},
+    {"gunzip/fast-chain-vs-poco", k_gunzip_fast, gunzipChainFast, "Poco InflatingInputStream",
+     gunzipPoco, 0, 0, true},
+    {"gunzip/fast-chain-vs-chain", k_gunzip_fast, gunzipChainFast, "our chain, default build (zlib)",
+     gunzipChain, 0, 0},
+    {"gunzip/fast-memory-vs-zlib", "gunzip 64 MiB: memory > gzip, fast inflate build (ISA-L)",
+     gunzipMemoryFast, "zlib inflate loop", gunzipZlib, 0, 0},
     {"gzip/chain-vs-zlib", k_gzip, gzipChain, "zlib deflate loop (limit)", gzipZlib, 0.97, 0},
     {"gzip/chain-vs-boost", k_gzip, gzipChain, "Boost gzip_compressor", gzipBoost, 0, 0, true},
     {"gzip/chain-vs-poco", k_gzip, gzipChain, "Poco DeflatingOutputStream", gzipPoco, 0, 0, true},

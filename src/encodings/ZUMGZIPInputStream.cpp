@@ -1,14 +1,32 @@
 #include "ZUMGZIPInputStream.h"
 
-#include <zlib.h>
-
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "RVKOutOfMemoryError.h"
 #include "RVKUnexpectedError.h"
 #include "ZUMRaise.h"
 
+// The raw deflate decoder and CRC-32: zlib's, or ISA-L's in the fast inflate
+// build (ZUM_FAST_INFLATE). Both keep zlib's statuses in m_err.
+#if ZUM_FAST_INFLATE
+#include "ZUMGZIPIsalInflater.h"
+#else
+#include "ZUMGZIPZlibInflater.h"
+#endif
+
 namespace {
+
+using inflater::Record;
+
+// Decoder statuses kept in m_err (zlib's values).
+int const k_ok = 0;
+int const k_stream_end = 1;
+int const k_data_error = -3;
+int const k_mem_error = -4;
+int const k_buf_error = -5;
+
+// Compression method of the header (CM): deflate.
+int const k_deflated = 8;
 
 char const k_read_method[] = "ZUMGZIPInputStream::read";
 char const k_unwrap_method[] = "void ZUMGZIPInputStream::unWrap()";
@@ -22,6 +40,12 @@ int const k_fextra = 0x04;
 int const k_fname = 0x08;
 int const k_fcomment = 0x10;
 int const k_freserved = 0xE0;
+
+// The start of the input area of the input buffer.
+unsigned char* inputArea(char* inbuf)
+{
+    return reinterpret_cast<unsigned char*>(inbuf) + inflater::k_headroom;
+}
 
 }  // namespace
 
@@ -40,9 +64,9 @@ ZUMGZIPInputStream::~ZUMGZIPInputStream()
 {
     if (m_state) {
         if (m_inflating) {
-            inflateEnd(m_state);
+            inflater::end(inflater::record(m_state));
         }
-        delete m_state;
+        inflater::destroy(inflater::record(m_state));
     }
     delete[] m_inbuf;
 }
@@ -53,14 +77,15 @@ int ZUMGZIPInputStream::getByte()
     if (m_eof) {
         return -1;
     }
-    if (m_state->avail_in == 0) {
+    Record* r = inflater::record(m_state);
+    if (r->avail_in == 0) {
         refill();
         if (m_eof) {
             return -1;
         }
     }
-    --m_state->avail_in;
-    return *m_state->next_in++;
+    --r->avail_in;
+    return *r->next_in++;
 }
 
 std::uint32_t ZUMGZIPInputStream::getUint32()
@@ -76,44 +101,42 @@ void ZUMGZIPInputStream::refill()
 {
     // avail_in stays 0 until the upstream has delivered, so a refill that
     // throws leaves the stream readable again.
-    int n = p_upstream->read(m_inbuf, k_inbuf_size);
-    m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
+    Record* r = inflater::record(m_state);
+    int n = inflater::takeEnded(r)
+                ? 0
+                : p_upstream->read(reinterpret_cast<char*>(inputArea(m_inbuf)), k_inbuf_size);
+    r->next_in = inputArea(m_inbuf);
     if (n < 1) {
         m_eof = 1;
-        m_state->avail_in = 0;
+        r->avail_in = 0;
     } else {
-        m_state->avail_in = static_cast<uInt>(n);
+        r->avail_in = static_cast<unsigned>(n);
     }
 }
 
 void ZUMGZIPInputStream::readHeader()
 {
     if (!m_state) {
-        m_state = RVK_GUARDED_NEW(new z_stream());
+        m_state = inflater::handle(RVK_GUARDED_NEW(inflater::create()));
     }
     if (!m_inbuf) {
-        m_inbuf = RVK_GUARDED_NEW(new char[k_inbuf_size]);
+        m_inbuf = RVK_GUARDED_NEW(new char[inflater::k_headroom + k_inbuf_size]);
     }
+    Record* r = inflater::record(m_state);
     if (m_inflating) {
-        inflateEnd(m_state);
+        inflater::end(r);
         m_inflating = 0;
     }
-    m_state->zalloc = Z_NULL;
-    m_state->zfree = Z_NULL;
-    m_state->opaque = Z_NULL;
-    m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
-    m_state->avail_in = 0;
-    m_state->next_out = Z_NULL;
-    m_state->avail_out = 0;
-    m_err = Z_OK;
+    inflater::prepare(r, inputArea(m_inbuf));
+    m_err = k_ok;
     m_eof = 0;
-    m_crc = static_cast<std::uint32_t>(crc32(0L, Z_NULL, 0));
+    m_crc = inflater::crc(0, nullptr, 0);
 
-    m_err = inflateInit2_(m_state, -15, "1.2.3", static_cast<int>(sizeof(z_stream)));
-    if (m_err == Z_MEM_ERROR) {
+    m_err = inflater::begin(r);
+    if (m_err == k_mem_error) {
         RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_read_method);
     }
-    if (m_err != Z_OK) {
+    if (m_err != k_ok) {
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_read_method);
     }
     m_inflating = 1;
@@ -153,11 +176,11 @@ void ZUMGZIPInputStream::readHeader()
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
     }
     if (id1 != 0x1F || id2 != 0x8B) {
-        m_err = Z_DATA_ERROR;
+        m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_NOT_GZIP);
     }
-    if (cm != Z_DEFLATED || (flg & k_freserved)) {
-        m_err = Z_DATA_ERROR;
+    if (cm != k_deflated || (flg & k_freserved)) {
+        m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_UNSUPPORTED);
     }
     m_header_read = 1;
@@ -174,11 +197,11 @@ void ZUMGZIPInputStream::checkTrailer()
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
     }
     if (stored_crc != m_crc) {
-        m_err = Z_DATA_ERROR;
+        m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_CRC_MISMATCH);
     }
-    if (stored_length != static_cast<std::uint32_t>(m_state->total_out)) {
-        m_err = Z_DATA_ERROR;
+    if (stored_length != static_cast<std::uint32_t>(inflater::record(m_state)->total_out)) {
+        m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_LENGTH_MISMATCH);
     }
 }
@@ -192,42 +215,42 @@ int ZUMGZIPInputStream::decode(char* buf, int count)
         readHeader();
     }
     switch (m_err) {
-    case Z_OK:
+    case k_ok:
         break;
-    case Z_STREAM_END:
+    case k_stream_end:
         return -1;
-    case Z_DATA_ERROR:
+    case k_data_error:
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_CORRUPT);
-    case Z_BUF_ERROR:  // the input ended inside the deflate data
+    case k_buf_error:  // the input ended inside the deflate data
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_TRUNCATED);
-    case Z_MEM_ERROR:
+    case k_mem_error:
         RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_read_method);
     default:
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_read_method);
     }
 
-    Bytef* out = reinterpret_cast<Bytef*>(buf);
-    m_state->next_out = out;
-    m_state->avail_out = static_cast<uInt>(count);
-    Bytef* crc_start = out;
+    Record* r = inflater::record(m_state);
+    unsigned char* out = reinterpret_cast<unsigned char*>(buf);
+    r->next_out = out;
+    r->avail_out = static_cast<unsigned>(count);
+    unsigned char* crc_start = out;
     // Ends: the caller's buffer is full, the member has ended, or inflate
     // reported a failure. Once the input has ended inflate runs with no input
     // until it stops making progress (Z_BUF_ERROR), so the loop is finite.
-    while (m_state->avail_out > 0 && m_err == Z_OK) {
-        if (m_state->avail_in == 0 && !m_eof) {
+    while (r->avail_out > 0 && m_err == k_ok) {
+        if (r->avail_in == 0 && !m_eof) {
             refill();
         }
-        m_err = inflate(m_state, Z_NO_FLUSH);
-        if (m_err == Z_STREAM_END) {
-            m_crc = static_cast<std::uint32_t>(
-                crc32(m_crc, crc_start, static_cast<uInt>(m_state->next_out - crc_start)));
-            crc_start = m_state->next_out;
+        m_err = inflater::step(r, m_eof);
+        if (m_err == k_stream_end) {
+            m_crc = inflater::crc(m_crc, crc_start,
+                                  static_cast<std::size_t>(r->next_out - crc_start));
+            crc_start = r->next_out;
             checkTrailer();
         }
     }
-    m_crc = static_cast<std::uint32_t>(
-        crc32(m_crc, crc_start, static_cast<uInt>(m_state->next_out - crc_start)));
-    return count - static_cast<int>(m_state->avail_out);
+    m_crc = inflater::crc(m_crc, crc_start, static_cast<std::size_t>(r->next_out - crc_start));
+    return count - static_cast<int>(r->avail_out);
 }
 
 int ZUMGZIPInputStream::read(char* buf, int count)
@@ -278,16 +301,17 @@ void ZUMGZIPInputStream::unWrap()
         RVK_THROW(RVKIllegalStateError(0, nullptr), k_unwrap_method);
     }
     if (m_state) {
+        Record* r = inflater::record(m_state);
         if (m_inbuf) {
-            if (m_state->avail_in > 0 && p_upstream->canUnread()) {
-                p_upstream->unread(reinterpret_cast<char const*>(m_state->next_in),
-                                   static_cast<int>(m_state->avail_in));
+            if (r->avail_in > 0 && p_upstream->canUnread()) {
+                p_upstream->unread(reinterpret_cast<char const*>(r->next_in),
+                                   static_cast<int>(r->avail_in));
             }
-            m_state->next_in = reinterpret_cast<Bytef*>(m_inbuf);
-            m_state->avail_in = 0;
+            r->next_in = inputArea(m_inbuf);
+            r->avail_in = 0;
         }
         if (m_inflating) {
-            inflateEnd(m_state);
+            inflater::end(r);
             m_inflating = 0;
         }
     }

@@ -1,0 +1,268 @@
+#ifndef ZUM_GZIP_INFLATER_COMPARISON_H
+#define ZUM_GZIP_INFLATER_COMPARISON_H
+
+// Runs one input through the gzip input stream of this build (ISA-L's
+// inflater) and through the same stream built with zlib's inflater, and says
+// how the two differ: in the bytes delivered, in what is raised and where
+// the stream stands afterwards, in the bytes handed back by unWrap(), and in
+// the upstream reads. Shared by the test suite and the fuzz target of the
+// fast inflate build.
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <zlib.h>
+
+#include "RVKCore.h"
+#include "ZUMStreams.h"
+
+// The gzip input stream built with zlib's inflater (ZlibGZIPInputStream.cpp),
+// unwrapped.
+ZUMFilterInputStream* newZlibGZIPInputStream();
+
+namespace inflater_comparison {
+
+// An upstream that delivers its bytes in pieces of the sizes of `pieces`,
+// taken in turn (each at least 1), takes bytes back with unread(), and
+// counts the reads made on it.
+class PieceInputStream : public ZUMInputStream {
+public:
+    PieceInputStream(std::string bytes, std::vector<int> pieces)
+        : m_bytes(std::move(bytes)), m_pieces(std::move(pieces))
+    {
+    }
+    int read(char* buf, int count) override
+    {
+        ++reads;
+        if (count != 16384) {
+            odd_counts = true;
+        }
+        if (m_at >= m_bytes.size()) {
+            return -1;
+        }
+        int piece = m_pieces.empty() ? count : m_pieces[m_next++ % m_pieces.size()];
+        std::size_t n = std::min({m_bytes.size() - m_at, static_cast<std::size_t>(count),
+                                  static_cast<std::size_t>(piece < 1 ? 1 : piece)});
+        m_bytes.copy(buf, n, m_at);
+        m_at += n;
+        return static_cast<int>(n);
+    }
+    int read(RVKByteBuffer&, int) override { return -1; }  // the gzip stream reads arrays only
+    int read() override { return -1; }
+    RVK_bool canUnread() override { return 1; }
+    void unread(char const* bytes, int count) override
+    {
+        ++unreads;
+        m_bytes.replace(0, m_at, bytes, static_cast<std::size_t>(count));
+        m_at = 0;
+    }
+    std::string rest() const { return m_bytes.substr(m_at); }
+
+    int reads = 0;            // reads made on the stream
+    int unreads = 0;          // unread() calls
+    bool odd_counts = false;  // a read asked for other than 16384 bytes
+
+private:
+    std::string m_bytes;
+    std::vector<int> m_pieces;
+    std::size_t m_next = 0;
+    std::size_t m_at = 0;
+};
+
+// What a read raised, on one line: the class, for an exception its code and
+// catalog numbers, then the method texts of the back trace.
+inline std::string describe(RVKThrowable const& e)
+{
+    std::string out = e.getThrowableName();
+    if (auto const* x = dynamic_cast<RVKException const*>(&e)) {
+        out += "(" + std::to_string(x->getCode()) + ")";
+        for (std::size_t i = 0; i < x->getMessageCount(); ++i) {
+            auto const* numbered = dynamic_cast<RVKMessage const*>(&x->getMessageAt(i));
+            char hex[20];
+            std::snprintf(hex, sizeof hex, " #%lx", numbered ? numbered->getMsgNumber() : 0UL);
+            out += hex;
+        }
+    }
+    for (std::size_t i = 0; i < e.getBackTraceSize(); ++i) {
+        char const* method = e.getBackTraceEntry(i).method;
+        out += std::string(" @") + (method ? method : "-");
+    }
+    return out;
+}
+
+// How one stream decoded one input.
+struct Decoded {
+    std::string delivered;  // the bytes delivered up to the end or the failure
+    std::string raised;     // what ended the reads: "end", or the exception
+    std::string next;       // what the read after that gave ("end", a byte, the exception)
+    std::string behind;     // what the upstream delivers after unWrap()
+    int reads = 0;          // upstream reads up to unWrap()
+    int unreads = 0;        // unread() calls of unWrap()
+    bool odd_counts = false;
+};
+
+// Decodes `input` with `gzip` over a PieceInputStream, with reads of the
+// sizes of `sizes` in turn, until -1 or an exception; then reads once more
+// (unless the header failed) and unwraps. At most `limit` reads.
+inline Decoded decode(ZUMFilterInputStream& gzip, std::string const& input, std::vector<int> const& sizes,
+                      std::vector<int> const& pieces, std::size_t limit)
+{
+    Decoded d;
+    PieceInputStream source(input, pieces);
+    gzip.wrap(source);
+    std::vector<char> buf(65536 + 1);
+    d.raised = "spins";
+    for (std::size_t r = 0; r < limit; ++r) {
+        int count = sizes[r % sizes.size()];
+        try {
+            int n = gzip.read(buf.data(), count);
+            if (n < 0) {
+                d.raised = "end";
+                break;
+            }
+            d.delivered.append(buf.data(), static_cast<std::size_t>(n));
+        } catch (RVKThrowable const& e) {
+            d.raised = describe(e);
+            break;
+        }
+    }
+    // After a header that failed its checks the next read would start a new
+    // member from the input that follows; the stream is unwrapped instead.
+    bool const header_failed = d.raised.find("(0) #91f36c62") != std::string::npos ||
+                               d.raised.find("#c1c209cf") != std::string::npos ||
+                               d.raised.find("#c1c58e80") != std::string::npos;
+    try {
+        int byte = header_failed ? -1 : gzip.read();
+        d.next = byte < 0 ? "end" : "byte";
+    } catch (RVKThrowable const& e) {
+        d.next = describe(e);
+    }
+    d.reads = source.reads;
+    d.odd_counts = source.odd_counts;
+    gzip.unWrap();
+    d.unreads = source.unreads;
+    d.behind = source.rest();
+    return d;
+}
+
+inline bool isPrefix(std::string const& a, std::string const& b)
+{
+    return a.size() <= b.size() && b.compare(0, a.size(), a) == 0;
+}
+
+// Where zlib's own raw inflate, run over the deflate data of the member
+// that `input` starts with, stops in the two places where ISA-L may judge
+// the data otherwise: "code set" when it rejects a block's Huffman code set
+// (ISA-L does not check that a dynamic block's codes are complete), "cut
+// short" when it runs out of input (ISA-L reads a dynamic block header whole
+// before it checks it); else "".
+inline std::string zlibStop(std::string const& input)
+{
+    std::size_t at = 10;
+    int const flags = input.size() > 3 ? static_cast<unsigned char>(input[3]) : 0;
+    if ((flags & 0x04) && input.size() >= 12) {
+        at = 12 + static_cast<unsigned char>(input[10]) + 256u * static_cast<unsigned char>(input[11]);
+    }
+    for (int bit : {0x08, 0x10}) {
+        if (flags & bit) {
+            at = std::min(input.find('\0', at), input.size() - 1) + 1;
+        }
+    }
+    at += (flags & 0x02) ? 2 : 0;
+    if (at >= input.size()) {
+        return "cut short";
+    }
+    z_stream z{};
+    inflateInit2(&z, -15);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data() + at));
+    z.avail_in = static_cast<uInt>(input.size() - at);
+    std::vector<unsigned char> out(65536);
+    int ret;
+    do {
+        z.next_out = out.data();
+        z.avail_out = static_cast<uInt>(out.size());
+        ret = inflate(&z, Z_NO_FLUSH);
+    } while (ret == Z_OK);
+    std::string msg = z.msg ? z.msg : "";
+    inflateEnd(&z);
+    if (ret == Z_BUF_ERROR) {
+        return "cut short";
+    }
+    for (char const* code_set : {"invalid code lengths set", "invalid distances set", "invalid literal/lengths set",
+                                 "invalid bit length repeat", "invalid code -- missing end-of-block"}) {
+        if (msg == code_set) {
+            return "code set";
+        }
+    }
+    return "";
+}
+
+// Whether a raise reports damaged deflate data or trailer: corrupt data,
+// input that ends inside the deflate data or the trailer, a CRC-32 or length
+// mismatch.
+inline bool damageVerdict(std::string const& raised)
+{
+    for (char const* v : {"(-3) #91f342d7", "(-5) #91f36c62", "(1) #91f36c62", "(-3) #c1c34d1f", "(-3) #c1c66a72"}) {
+        if (raised.find(v) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Decodes `input` with both inflaters and returns "" when they agree, else
+// what differs. They agree when
+// - both end (-1) having delivered the same bytes with the same number of
+//   upstream reads, or both raise the same; ISA-L reads further ahead, so
+//   the read in which the deflate data ends (and a trailer check fails, or a
+//   data error is found) can come one read earlier or later: after a raise
+//   the bytes delivered by one only start those of the other;
+// - they hand back the same bytes, except after a data error inside the
+//   deflate data, where each hands back what it had not consumed;
+// - where zlib itself stops on a Huffman code set or at the end of the
+//   input (zlibStop), they may differ in how they report the damage
+//   (damageVerdict), and in what they deliver and hand back; on a code set
+//   ISA-L may also decode the member whole, when its data does not use the
+//   codes missing from the set and so passes the CRC-32 check.
+inline std::string compare(std::string const& input, std::vector<int> const& sizes, std::vector<int> const& pieces)
+{
+    std::size_t const limit = 2 * 1040 * (input.size() + 1) + 100;
+    ZUMGZIPInputStream fast;
+    std::unique_ptr<ZUMFilterInputStream> reference(newZlibGZIPInputStream());
+    Decoded const a = decode(fast, input, sizes, pieces, limit);
+    Decoded const b = decode(*reference, input, sizes, pieces, limit);
+    std::string diff;
+    if (a.odd_counts || b.odd_counts) {
+        diff += " an upstream read asked for other than 16384 bytes;";
+    }
+    if (a.raised != b.raised || a.next != b.next) {
+        std::string const stop = zlibStop(input);
+        bool const isal_accepts = stop == "code set" && a.raised == "end" && a.next == "end";
+        if (stop.empty() || !damageVerdict(b.raised) || !(damageVerdict(a.raised) || isal_accepts)) {
+            diff += " raised: ISA-L '" + a.raised + "' then '" + a.next + "', zlib '" + b.raised + "' then '" +
+                    b.next + "';";
+        }
+        return diff;
+    }
+    bool const ended = a.raised == "end";
+    if (ended ? a.delivered != b.delivered : !isPrefix(a.delivered, b.delivered) && !isPrefix(b.delivered, a.delivered)) {
+        diff += " delivered " + std::to_string(a.delivered.size()) + " (ISA-L) and " +
+                std::to_string(b.delivered.size()) + " (zlib) bytes that differ;";
+    }
+    bool const data_error = a.raised.find("#91f342d7") != std::string::npos;
+    if (!data_error && (a.behind != b.behind || a.unreads != b.unreads)) {
+        diff += " handed back " + std::to_string(a.behind.size()) + " (ISA-L) and " +
+                std::to_string(b.behind.size()) + " (zlib) bytes that differ;";
+    }
+    if (ended && a.reads != b.reads) {
+        diff += " upstream reads: ISA-L " + std::to_string(a.reads) + ", zlib " + std::to_string(b.reads) + ";";
+    }
+    return diff;
+}
+
+}  // namespace inflater_comparison
+
+#endif
