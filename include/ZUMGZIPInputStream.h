@@ -17,6 +17,12 @@ struct z_stream_s;
 // and the CRC-32 and ISIZE trailer is checked against the delivered bytes.
 // Exactly one member is decoded: after its trailer every read returns -1.
 //
+// A library built with ZUM_FAST_INFLATE (x86-64) inflates and computes the
+// CRC-32 with ISA-L instead: the same bytes, the same requests to the
+// upstream, the same hand-back and failures, and the same class layout. On
+// damaged deflate data the read at which the failure shows, and for some
+// damaged Huffman codes the failure reported, can differ (see the README).
+//
 // The header is read by the first read after construction, after wrap(), or
 // after a header that failed its checks. Compressed input is read from the
 // upstream in requests of 16,384 bytes into one buffer; the upstream is asked
