@@ -100,16 +100,7 @@ Pass base64Output()
     return [bytes, sink](SteadyAllocations& allocs) {
         sink->reset();
         ZUMBase64OutputStream b64(*sink);
-        b64.write(bytes->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < bytes->size(); at += kBlock) {
-            b64.write(bytes->data() + at, kBlock);
-            ++calls;
-        }
-        b64.flush();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(bytes->size());
+        return writePieces(b64, *bytes, kBlock, allocs, [&] { b64.flush(); });
     };
 }
 
@@ -124,17 +115,7 @@ Pass base64Input()
         ZUMBufferedInputStream bis(raw, kBlock);
         ZUMBase64InputStream b64;
         b64.wrap(bis);
-        std::int64_t total = 0;
-        int n = b64.read(buf->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        while (n != -1) {
-            total += n;
-            n = b64.read(buf->data(), kBlock);
-            ++calls;
-        }
-        allocs.close(calls);
-        return total;
+        return drainBlocks(b64, buf->data(), allocs);
     };
 }
 
@@ -144,17 +125,13 @@ Pass base64PocoEncoder()
     std::string const* bytes = &randomBytes(kStreamBytes);
     auto sink = std::make_shared<std::vector<char>>();
     sink->reserve(bytes->size() / 3 * 4 + 64);
-    return [bytes, sink](SteadyAllocations&) {
+    return [bytes, sink](SteadyAllocations& ignored) {
         sink->clear();
         VectorSinkBuf buf(*sink);
         std::ostream os(&buf);
         Poco::Base64Encoder enc(os);
         enc.rdbuf()->setLineLength(0);  // no line breaks, as ours
-        for (std::size_t at = 0; at < bytes->size(); at += kBlock) {
-            enc.write(bytes->data() + at, kBlock);
-        }
-        enc.close();
-        return static_cast<std::int64_t>(bytes->size());
+        return writePieces(enc, *bytes, kBlock, ignored, [&] { enc.close(); });
     };
 }
 
@@ -165,11 +142,7 @@ Pass base64PocoDecoder()
     return [text, buf](SteadyAllocations&) {
         Poco::MemoryInputStream src(text->data(), static_cast<std::streamsize>(text->size()));
         Poco::Base64Decoder dec(src);
-        std::int64_t total = 0;
-        while (dec.read(buf->data(), kBlock) || dec.gcount() > 0) {
-            total += dec.gcount();
-        }
-        return total;
+        return drainIstream(dec, buf->data());
     };
 }
 #else

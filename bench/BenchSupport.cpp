@@ -207,3 +207,22 @@ std::streamsize VectorSinkBuf::xsputn(char const* s, std::streamsize n)
     m_out.insert(m_out.end(), s, s + n);
     return n;
 }
+
+std::int64_t drainIstream(std::istream& in, char* buf, SteadyAllocations* allocs)
+{
+    std::int64_t total = 0;
+    in.read(buf, kBlock);
+    if (allocs) {
+        allocs->open();
+    }
+    std::uint64_t calls = 0;
+    while (in.gcount() > 0) {
+        total += in.gcount();
+        in.read(buf, kBlock);
+        ++calls;
+    }
+    if (allocs) {
+        allocs->close(calls);
+    }
+    return total;
+}

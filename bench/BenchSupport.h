@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <istream>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -40,6 +41,48 @@ private:
     std::uint64_t m_allocations = 0;
     std::uint64_t m_calls = 0;
 };
+
+// Reads `stream` (anything with read(char*, int) returning -1 at its end) to
+// its end in reads of kBlock bytes into `buf`; returns the bytes delivered.
+// The window opens after the first read, which may allocate codec state.
+template <class Stream>
+std::int64_t drainBlocks(Stream& stream, char* buf, SteadyAllocations& allocs)
+{
+    std::int64_t total = 0;
+    int n = stream.read(buf, kBlock);
+    allocs.open();
+    std::uint64_t calls = 0;
+    while (n != -1) {
+        total += n;
+        n = stream.read(buf, kBlock);
+        ++calls;
+    }
+    allocs.close(calls);
+    return total;
+}
+
+// Reads a std::istream to its end in reads of kBlock bytes; returns the bytes
+// delivered. With `allocs`, the window opens after the first read.
+std::int64_t drainIstream(std::istream& in, char* buf, SteadyAllocations* allocs = nullptr);
+
+// Writes `data` to `out` (anything with write(char const*, n)) in pieces of
+// `piece` bytes, then calls `complete` (a flush, a finish); returns the size of
+// `data`. The window opens after the first piece and closes after `complete`.
+template <class Out, class Complete>
+std::int64_t writePieces(Out& out, std::string const& data, int piece, SteadyAllocations& allocs,
+                         Complete complete)
+{
+    out.write(data.data(), piece);
+    allocs.open();
+    std::uint64_t calls = 0;
+    for (std::size_t at = static_cast<std::size_t>(piece); at < data.size(); at += static_cast<std::size_t>(piece)) {
+        out.write(data.data() + at, piece);
+        ++calls;
+    }
+    complete();
+    allocs.close(calls);
+    return static_cast<std::int64_t>(data.size());
+}
 
 // One pass of a scenario over its whole data: returns the number of bytes it
 // counts (its MB/s are those bytes over its CPU time). Our passes record their

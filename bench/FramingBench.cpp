@@ -17,24 +17,6 @@ std::size_t const kLineText = 8u << 20;
 std::size_t const kBytes = 4u << 20;
 std::size_t const kPayload = 16u << 20;
 
-// Reads `stream` to its end in 16 KiB block reads; the window opens after the
-// first read.
-template <class Stream>
-std::int64_t drain(Stream& stream, char* buf, SteadyAllocations& allocs)
-{
-    std::int64_t total = 0;
-    int n = stream.read(buf, kBlock);
-    allocs.open();
-    std::uint64_t calls = 0;
-    while (n != -1) {
-        total += n;
-        n = stream.read(buf, kBlock);
-        ++calls;
-    }
-    allocs.close(calls);
-    return total;
-}
-
 // A temporary file of the payload, removed at exit; null if it cannot be made.
 char const* payloadFile()
 {
@@ -159,7 +141,7 @@ Pass chunkedOurs()
     return [body, buf](SteadyAllocations& allocs) {
         ZUMMemoryInputStream raw(body->data(), static_cast<int>(body->size()));
         ZUMChunkedInputStream chunked(raw, kBlock);
-        return drain(chunked, buf->data(), allocs);
+        return drainBlocks(chunked, buf->data(), allocs);
     };
 }
 
@@ -171,7 +153,7 @@ Pass bufferedOurs()
     return [payload, buf](SteadyAllocations& allocs) {
         ZUMMemoryInputStream raw(payload->data(), static_cast<int>(payload->size()));
         ZUMBufferedInputStream bis(raw, kBlock);
-        return drain(bis, buf->data(), allocs);
+        return drainBlocks(bis, buf->data(), allocs);
     };
 }
 
@@ -185,7 +167,7 @@ Pass blockOurs()
         ZUMMemoryInputStream raw(payload->data(), static_cast<int>(payload->size()));
         ZUMBlockInputStream block(raw, kBlock);
         block.resetBlockSize(static_cast<int>(payload->size()));
-        return drain(block, buf->data(), allocs);
+        return drainBlocks(block, buf->data(), allocs);
     };
 }
 
@@ -200,7 +182,7 @@ Pass fileInput()
     return [path, buf](SteadyAllocations& allocs) {
         ZUMFileInputStream file(path);
         ZUMBufferedInputStream bis(file, kBlock);
-        return drain(bis, buf->data(), allocs);
+        return drainBlocks(bis, buf->data(), allocs);
     };
 }
 
@@ -210,16 +192,7 @@ Pass fileOutput()
     std::string const* payload = &wordText(kPayload);
     return [payload](SteadyAllocations& allocs) {
         ZUMFileOutputStream file("/dev/null", 0);
-        file.write(payload->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < payload->size(); at += kBlock) {
-            file.write(payload->data() + at, kBlock);
-            ++calls;
-        }
-        file.flush();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(payload->size());
+        return writePieces(file, *payload, kBlock, allocs, [&] { file.flush(); });
     };
 }
 
@@ -233,7 +206,7 @@ Pass stdInput()
         in->seekg(0);
         ZUMStdInputStream std_in(*in);
         ZUMBufferedInputStream bis(std_in, kBlock);
-        return drain(bis, buf->data(), allocs);
+        return drainBlocks(bis, buf->data(), allocs);
     };
 }
 
@@ -245,22 +218,12 @@ Pass stdOutput()
     auto sink = std::make_shared<std::vector<char>>();
     sink->reserve(payload->size());
     return [payload, sink](SteadyAllocations& allocs) {
-        int const piece = 1024;
         sink->clear();
         VectorSinkBuf sbuf(*sink);
         std::ostream os(&sbuf);
         ZUMStdOutputStream std_out(os);
         ZUMBufferedOutputStream bos(std_out, kBlock);
-        bos.write(payload->data(), piece);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = piece; at < payload->size(); at += piece) {
-            bos.write(payload->data() + at, piece);
-            ++calls;
-        }
-        bos.flush();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(payload->size());
+        return writePieces(bos, *payload, 1024, allocs, [&] { bos.flush(); });
     };
 }
 
@@ -273,17 +236,7 @@ Pass streamBufInput()
         ZUMMemoryInputStream raw(payload->data(), static_cast<int>(payload->size()));
         ZUMInputStreamBuf sbuf(raw);
         std::istream in(&sbuf);
-        std::int64_t total = 0;
-        in.read(buf->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        while (in.gcount() > 0) {
-            total += in.gcount();
-            in.read(buf->data(), kBlock);
-            ++calls;
-        }
-        allocs.close(calls);
-        return total;
+        return drainIstream(in, buf->data(), &allocs);
     };
 }
 
@@ -294,19 +247,9 @@ Pass streamBufOutput()
     std::string const* payload = &wordText(kPayload);
     auto sink = std::make_shared<ZUMMemoryOutputStream>(static_cast<int>(payload->size()), kBlock);
     return [payload, sink](SteadyAllocations& allocs) {
-        int const piece = 1024;
         sink->reset();
         ZUMOutputStreamBuf sbuf(*sink);
         std::ostream os(&sbuf);
-        os.write(payload->data(), piece);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = piece; at < payload->size(); at += piece) {
-            os.write(payload->data() + at, piece);
-            ++calls;
-        }
-        os.flush();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(payload->size());
+        return writePieces(os, *payload, 1024, allocs, [&] { os.flush(); });
     };
 }

@@ -33,23 +33,6 @@ namespace {
 
 std::size_t const kGzipData = 64u << 20;
 
-// Reads `stream` to its end in 16 KiB reads; the window opens after the
-// first read (which allocates the codec state).
-std::int64_t drainGzip(ZUMInputStream& stream, char* buf, SteadyAllocations& allocs)
-{
-    std::int64_t total = 0;
-    std::uint64_t calls = 0;
-    int n = stream.read(buf, kBlock);
-    allocs.open();
-    while (n != -1) {
-        total += n;
-        n = stream.read(buf, kBlock);
-        ++calls;
-    }
-    allocs.close(calls);
-    return total;
-}
-
 // A new, unwrapped gzip input stream of one build.
 using GunzipMaker = std::unique_ptr<ZUMFilterInputStream> (*)();
 
@@ -87,7 +70,7 @@ Pass gunzipChainOf(GunzipMaker make)
         ZUMChunkedInputStream chunked(bis);
         std::unique_ptr<ZUMFilterInputStream> gunzip = make();
         gunzip->wrap(chunked);
-        return drainGzip(*gunzip, buf->data(), allocs);
+        return drainBlocks(*gunzip, buf->data(), allocs);
     };
 }
 
@@ -103,7 +86,7 @@ Pass gunzipMemoryOf(GunzipMaker make)
         ZUMMemoryInputStream raw(member->data(), static_cast<int>(member->size()));
         std::unique_ptr<ZUMFilterInputStream> gunzip = make();
         gunzip->wrap(raw);
-        return drainGzip(*gunzip, buf->data(), allocs);
+        return drainBlocks(*gunzip, buf->data(), allocs);
     };
 }
 
@@ -179,18 +162,11 @@ Pass gzipChain()
         ZUMBufferedOutputStream bos(*sink, kBlock);
         ZUMChunkedOutputStream chunked(bos, kBlock);
         ZUMGZIPOutputStream gzip(chunked);
-        gzip.write(text->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < text->size(); at += kBlock) {
-            gzip.write(text->data() + at, kBlock);
-            ++calls;
-        }
-        gzip.finish();
-        chunked.close();
-        bos.flush();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(text->size());
+        return writePieces(gzip, *text, kBlock, allocs, [&] {
+            gzip.finish();
+            chunked.close();
+            bos.flush();
+        });
     };
 }
 
@@ -202,16 +178,7 @@ Pass gzipMemory()
     return [text, sink](SteadyAllocations& allocs) {
         sink->reset();
         ZUMGZIPOutputStream gzip(*sink);
-        gzip.write(text->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < text->size(); at += kBlock) {
-            gzip.write(text->data() + at, kBlock);
-            ++calls;
-        }
-        gzip.finish();
-        allocs.close(calls);
-        return static_cast<std::int64_t>(text->size());
+        return writePieces(gzip, *text, kBlock, allocs, [&] { gzip.finish(); });
     };
 }
 
@@ -257,11 +224,7 @@ Pass gunzipBoost()
         io::filtering_istream in;
         in.push(io::gzip_decompressor(io::zlib::default_window_bits, kBlock), kBlock);
         in.push(io::array_source(member->data(), member->size()), kBlock);
-        std::int64_t total = 0;
-        while (in.read(buf->data(), kBlock) || in.gcount() > 0) {
-            total += in.gcount();
-        }
-        return total;
+        return drainIstream(in, buf->data());
     };
 }
 
@@ -271,17 +234,13 @@ Pass gzipBoost()
     std::string const* text = &wordText(kGzipData);
     auto sink = std::make_shared<std::vector<char>>();
     sink->reserve(text->size());
-    return [text, sink](SteadyAllocations&) {
+    return [text, sink](SteadyAllocations& ignored) {
         sink->clear();
         io::filtering_ostream out;
         out.push(io::gzip_compressor(io::gzip_params(io::gzip::default_compression), kBlock),
                  kBlock);
         out.push(io::back_inserter(*sink), kBlock);
-        for (std::size_t at = 0; at < text->size(); at += kBlock) {
-            out.write(text->data() + at, kBlock);
-        }
-        out.reset();  // completes the member
-        return static_cast<std::int64_t>(text->size());
+        return writePieces(out, *text, kBlock, ignored, [&] { out.reset(); });  // reset completes the member
     };
 }
 #else
@@ -303,11 +262,7 @@ Pass gunzipPoco()
     return [member, buf](SteadyAllocations&) {
         Poco::MemoryInputStream src(member->data(), static_cast<std::streamsize>(member->size()));
         Poco::InflatingInputStream in(src, Poco::InflatingStreamBuf::STREAM_GZIP);
-        std::int64_t total = 0;
-        while (in.read(buf->data(), kBlock) || in.gcount() > 0) {
-            total += in.gcount();
-        }
-        return total;
+        return drainIstream(in, buf->data());
     };
 }
 
@@ -316,17 +271,13 @@ Pass gzipPoco()
     std::string const* text = &wordText(kGzipData);
     auto sink = std::make_shared<std::vector<char>>();
     sink->reserve(text->size());
-    return [text, sink](SteadyAllocations&) {
+    return [text, sink](SteadyAllocations& ignored) {
         sink->clear();
         VectorSinkBuf buf(*sink);
         std::ostream os(&buf);
         Poco::DeflatingOutputStream out(os, Poco::DeflatingStreamBuf::STREAM_GZIP,
                                         Z_DEFAULT_COMPRESSION);
-        for (std::size_t at = 0; at < text->size(); at += kBlock) {
-            out.write(text->data() + at, kBlock);
-        }
-        out.close();
-        return static_cast<std::int64_t>(text->size());
+        return writePieces(out, *text, kBlock, ignored, [&] { out.close(); });
     };
 }
 #else

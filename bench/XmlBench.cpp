@@ -18,15 +18,7 @@ Pass escape(std::string const& text)
     return [in, sink](SteadyAllocations& allocs) {
         sink->reset();
         ZUMXmlEncodeOutputStream xml(*sink);
-        xml.write(in->data(), kBlock);
-        allocs.open();
-        std::uint64_t calls = 0;
-        for (std::size_t at = kBlock; at < in->size(); at += kBlock) {
-            xml.write(in->data() + at, kBlock);
-            ++calls;
-        }
-        allocs.close(calls);
-        return static_cast<std::int64_t>(in->size());
+        return writePieces(xml, *in, kBlock, allocs, [] {});
     };
 }
 
