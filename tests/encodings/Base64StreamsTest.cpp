@@ -140,7 +140,7 @@ TEST(Base64InputStream, ShortUpstreamReadsWrapUnwrapAndFailures)
 {
     for (std::size_t piece : {1, 2, 3, 5}) {
         for (bool zeros : {false, true}) {
-            ScriptedInputStream source(ScriptedInputStream::pieces("Zm9vYmFyZm9vYmFy", piece, zeros));
+            ScriptedInputStream source(ScriptedInputStream::pieces("Zm9vYmFyZm9vYmFy", {piece}, zeros));
             ZUMBase64InputStream in;
             in.wrap(source);
             std::string got;

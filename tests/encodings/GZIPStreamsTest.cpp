@@ -54,7 +54,7 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
         ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
         ZUMGZIPInputStream whole(memory);
         EXPECT_EQ(drain(whole, 4096, Form::Array), content) << member_name;
-        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, 7));
+        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, {7}));
         ZUMGZIPInputStream split(pieces);
         EXPECT_EQ(drain(split, 1000), content) << member_name;
         EXPECT_EQ(pieces.counts, std::vector<int>(pieces.counts.size(), 16384));
@@ -149,7 +149,7 @@ TEST(GZIPInputStream, FailureTable)
     };
     for (std::size_t keep : {std::size_t(11), member.size() / 3, member.size() - 9}) {
         for (ScriptStep end : {ScriptStep::end(), ScriptStep::zero()}) {
-            cases.push_back({ScriptedInputStream::pieces(member.substr(0, keep), 5000), failure(-5, "GZIP_TRUNCATED"),
+            cases.push_back({ScriptedInputStream::pieces(member.substr(0, keep), {5000}), failure(-5, "GZIP_TRUNCATED"),
                              failure(-5, "GZIP_TRUNCATED")});
             cases.back().input.push_back(end);
         }

@@ -91,9 +91,8 @@ TEST(BufferedInputStream, ReadlineEndsLinesAtCrLfOnly)
     };
     for (auto const& c : cases) {
         for (int size : {1, 3, 64}) {
-            for (int piece : {0, 1}) {  // whole, and one byte per upstream read with empty reads between
-                ScriptedInputStream up(piece ? ScriptedInputStream::pieces(c.input, 1, true)
-                                             : std::vector<ScriptStep>{ScriptStep::data(c.input)});
+            for (std::size_t piece : {0, 1}) {  // whole, and one byte per upstream read with empty reads between
+                ScriptedInputStream up(ScriptedInputStream::pieces(c.input, {piece}, piece == 1));
                 ZUMBufferedInputStream bis(up, size);
                 std::vector<int> lines;
                 EXPECT_EQ(drain(bis, 0, Form::Line, &lines), c.input);

@@ -30,8 +30,7 @@ TEST(ChunkedFixtures, DecodeByteForByteUnderEveryReadPattern)
         std::string const expected = dataFile(name + ".expected");
         std::string const trailer = dataFile(name + ".trailer");
         for (auto const& p : patterns) {
-            ScriptedInputStream up(p.piece ? ScriptedInputStream::pieces(body, p.piece, p.zeros)
-                                           : std::vector<ScriptStep>{ScriptStep::data(body)});
+            ScriptedInputStream up(ScriptedInputStream::pieces(body, {p.piece}, p.zeros));
             ZUMBufferedInputStream bis(up, p.bis_size);
             EXPECT_EQ(readChunkedBody(bis, false, p.count, p.form), expected) << name << " piece " << p.piece;
             EXPECT_EQ(drain(bis, 0, Form::Line), trailer) << name << " piece " << p.piece;

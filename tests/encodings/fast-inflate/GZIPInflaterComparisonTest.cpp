@@ -15,10 +15,11 @@ namespace {
 
 using inflater_comparison::compare;
 using Sizes = std::vector<int>;
+using Pieces = std::vector<std::size_t>;
 
 // Read sizes and upstream piece sizes that every fixed input is decoded with.
 std::vector<Sizes> const k_read_sizes = {{1}, {16384}, {3, 500, 7, 65536}};
-std::vector<Sizes> const k_pieces = {{}, {1}, {7, 100, 2}};
+std::vector<Pieces> const k_pieces = {{}, {1}, {7, 100, 2}};
 
 // Raw deflate data of `content` in pieces of random size, switching level
 // and strategy (stored, fixed and dynamic blocks) and flushing (empty stored
@@ -156,15 +157,15 @@ Sizes randomSizes(std::mt19937& rng, bool small_member)
     }
 }
 
-Sizes randomPieces(std::mt19937& rng)
+Pieces randomPieces(std::mt19937& rng)
 {
     switch (rng() % 3) {
     case 0:
         return {};
     case 1:
-        return {static_cast<int>(1 + rng() % 16)};
+        return {1 + rng() % 16};
     default:
-        return {static_cast<int>(1 + rng() % 16384), static_cast<int>(1 + rng() % 9)};
+        return {1 + rng() % 16384, 1 + rng() % 9};
     }
 }
 
@@ -180,7 +181,7 @@ int compareGenerated(int members, bool damage, unsigned seed)
             member = damaged(member, rng);
         }
         Sizes sizes = randomSizes(rng, member.size() < 20000);
-        Sizes pieces = randomPieces(rng);
+        Pieces pieces = randomPieces(rng);
         std::string diff = compare(member, sizes, pieces);
         if (!diff.empty() && ++differ <= 5) {
             ADD_FAILURE() << "member " << i << " (seed " << seed << ", " << member.size() << " bytes):" << diff;
