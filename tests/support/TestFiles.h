@@ -13,8 +13,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 inline void writeFile(std::string const& path, std::string const& bytes)
 {
@@ -31,6 +33,40 @@ inline std::string readFile(std::string const& path)
 inline std::string dataFile(std::string const& name)
 {
     return readFile(std::string(ZUM_TEST_DATA_DIR) + "/" + name);
+}
+
+// The rows of a table in tests/data: one row a line (a line that starts with
+// # is a comment), fields apart by tabs. In a field \r, \n, \t, \\ and \xHH
+// stand for their bytes; a field @NAME is the content of the data file NAME.
+inline std::vector<std::vector<std::string>> dataTable(std::string const& name)
+{
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(dataFile(name));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        rows.emplace_back(1);
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            bool const escaped = line[i] == '\\' && ++i < line.size();
+            char c = line[i];
+            std::string const hex = escaped && c == 'x' ? line.substr(i + 1, 2) : "";
+            i += hex.size();
+            if (escaped) {
+                std::size_t const named = std::string("rnt").find(c);
+                c = hex.size() ? static_cast<char>(std::stoi(hex, nullptr, 16)) : named < 3 ? "\r\n\t"[named] : c;
+            }
+            if (!escaped && c == '\t') {
+                rows.back().emplace_back();
+            } else {
+                rows.back().back() += c;
+            }
+        }
+        for (auto& field : rows.back()) {
+            field = field.size() > 1 && field[0] == '@' ? dataFile(field.substr(1)) : field;
+        }
+    }
+    return rows;
 }
 
 // A fresh directory under the temporary directory, removed with its content
