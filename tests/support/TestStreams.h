@@ -92,7 +92,6 @@ public:
             m_script.insert(m_script.begin() + static_cast<std::ptrdiff_t>(m_step), ScriptStep::data(unreads.back()));
         }
     }
-    std::size_t stepsLeft() const { return m_script.size() - m_step; }
 
     std::vector<int> counts;           // the count of every read, in order
     std::vector<std::string> unreads;  // the bytes of every unread
