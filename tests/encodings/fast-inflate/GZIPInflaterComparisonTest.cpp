@@ -197,27 +197,18 @@ int compareGenerated(int members, bool damage, unsigned seed)
 // that delivers whole requests, single bytes or odd pieces.
 TEST(GZIPInflaters, AgreeOnFixturesAndFuzzSeeds)
 {
-    std::vector<std::filesystem::path> files;
+    int inputs = 0;
     for (auto const& dir : {std::string(ZUM_TEST_DATA_DIR) + "/gzip", std::string(ZUM_SOURCE_DIR) + "/fuzz/corpus"}) {
         for (auto const& entry : std::filesystem::recursive_directory_iterator(dir)) {
-            if (entry.is_regular_file()) {
-                files.push_back(entry.path());
-            }
-        }
-    }
-    int inputs = 0;
-    for (auto const& path : files) {
-        std::string bytes = readFile(path.string());
-        for (std::size_t at = 0; at < bytes.size(); ++at) {
-            if (at > 0 && bytes.compare(at, 2, "\x1F\x8B") != 0) {
-                continue;
-            }
-            ++inputs;
-            for (auto const& sizes : k_read_sizes) {
-                for (auto const& pieces : k_pieces) {
-                    std::string diff = compare(bytes.substr(at), sizes, pieces);
-                    EXPECT_EQ(diff, "") << path << " from byte " << at << ", reads of " << sizes[0]
-                                        << ", pieces of " << (pieces.empty() ? 16384 : pieces[0]);
+            std::string bytes = entry.is_regular_file() ? readFile(entry.path().string()) : "";
+            for (std::size_t at = 0; at < bytes.size(); at = bytes.find("\x1F\x8B", at + 1)) {
+                ++inputs;
+                for (auto const& sizes : k_read_sizes) {
+                    for (auto const& pieces : k_pieces) {
+                        EXPECT_EQ(compare(bytes.substr(at), sizes, pieces), "")
+                            << entry.path() << " from byte " << at << ", reads of " << sizes[0] << ", pieces of "
+                            << (pieces.empty() ? 16384 : pieces[0]);
+                    }
                 }
             }
         }
