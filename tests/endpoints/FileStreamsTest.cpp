@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <functional>
@@ -19,6 +20,15 @@ std::string io(int code, char const* number, std::string const& name, std::strin
                std::string const& method)
 {
     return "ZUMIOException(1," + std::to_string(code) + ") #" + number + " '" + name + "' '" + error + "' @" + method;
+}
+
+// Whether descriptor `fd` is open on the file `path` (a closed descriptor may
+// be reused by the next open, for another file).
+bool fdIsOpenOn(int fd, std::string const& path)
+{
+    struct stat by_fd, by_path;
+    return ::fstat(fd, &by_fd) == 0 && ::stat(path.c_str(), &by_path) == 0 && by_fd.st_dev == by_path.st_dev &&
+           by_fd.st_ino == by_path.st_ino;
 }
 
 }  // namespace

@@ -2,10 +2,9 @@
 #define ZUM_TEST_FILES_H
 
 // Files and independent producers for tests: a temporary directory, whole
-// files, the fixtures of tests/data, external programs (python3, gzip; a test
-// skips when one is missing) and zlib's own deflate.
+// files, the fixtures and tables of tests/data, external programs (python3,
+// gzip; a test skips when one is missing) and zlib's own deflate.
 
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -17,11 +16,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-inline void writeFile(std::string const& path, std::string const& bytes)
-{
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
 
 inline std::string readFile(std::string const& path)
 {
@@ -88,22 +82,13 @@ public:
     // Writes `bytes` to the file `name` here and returns its path.
     std::string write(std::string const& name, std::string const& bytes) const
     {
-        writeFile(file(name), bytes);
+        std::ofstream(file(name), std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         return file(name);
     }
 
 private:
     std::string m_path;
 };
-
-// Whether descriptor `fd` is open on the file `path` (a closed descriptor may
-// be reused by the next open, for another file).
-inline bool fdIsOpenOn(int fd, std::string const& path)
-{
-    struct stat by_fd, by_path;
-    return ::fstat(fd, &by_fd) == 0 && ::stat(path.c_str(), &by_path) == 0 && by_fd.st_dev == by_path.st_dev &&
-           by_fd.st_ino == by_path.st_ino;
-}
 
 inline bool haveProgram(char const* program)
 {
