@@ -139,7 +139,8 @@ TEST(Zumcat, ProgressReportsOnStandardErrorAndOutputFailuresAreNamedButBrokenPip
     // taken by default or ignored.
     dir.write("big", testBytes(3000000, 5));
     for (char const* trap : {"", "trap '' PIPE; "}) {
-        std::string command = "cd " + shellQuoted(dir.path()) + " && (" + trap + ZUMCAT_PATH " base64 big 2>err) | head -c 1";
+        std::string command =
+            "cd " + shellQuoted(dir.path()) + " && (" + trap + ZUMCAT_PATH " base64 big 2>err) | head -c 1";
         EXPECT_TRUE(runCommand(command + " >/dev/null")) << command;
         EXPECT_EQ(readFile(dir.file("err")), "") << command;
     }

@@ -118,11 +118,11 @@ inline std::string zlibStop(std::string const& input)
 // Whether a raise reports damaged deflate data or trailer: corrupt data,
 // input that ends inside the deflate data or the trailer, a CRC-32 or length
 // mismatch.
-inline bool damageVerdict(std::string const& raised)
+inline bool damageVerdict(std::string const& failure)
 {
-    for (char const* v : {",-3) #GZIP_CORRUPT", ",-5) #GZIP_TRUNCATED", ",1) #GZIP_TRUNCATED", ",-3) #GZIP_CRC_MISMATCH",
-                          ",-3) #GZIP_LENGTH_MISMATCH"}) {
-        if (raised.find(v) != std::string::npos) {
+    for (char const* v : {",-3) #GZIP_CORRUPT", ",-5) #GZIP_TRUNCATED", ",1) #GZIP_TRUNCATED",
+                          ",-3) #GZIP_CRC_MISMATCH", ",-3) #GZIP_LENGTH_MISMATCH"}) {
+        if (failure.find(v) != std::string::npos) {
             return true;
         }
     }
