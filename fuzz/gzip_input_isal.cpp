@@ -41,9 +41,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         sizes.push_back(size(r1));
     }
     sizes.push_back(16384);
-    std::vector<int> pieces;
+    std::vector<std::size_t> pieces;
     if (p0 != 0) {
-        pieces = {p0, p1 == 0 ? 16384 : p1};
+        pieces = {p0, p1 == 0 ? 16384u : p1};
     }
     std::string diff = inflater_comparison::compare(in.rest(), sizes, pieces);
     if (!diff.empty()) {

@@ -31,11 +31,12 @@ std::string compress(std::string const& content, std::size_t piece = 1 << 30)
     return down.all();
 }
 
-std::string decodeWithOurReader(std::string const& member)
+// What our reader decodes from `member`, in reads of 8192 in `form`.
+std::string decodeWithOurReader(std::string const& member, Form form = Form::Buffer)
 {
     ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
     ZUMGZIPInputStream gz(memory);
-    return drain(gz, 8192);
+    return drain(gz, 8192, form);
 }
 
 }  // namespace
@@ -51,10 +52,8 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
     for (std::string member_name, content_name; list >> member_name >> content_name; ++fixtures) {
         std::string member = dataFile("gzip/" + member_name);
         std::string content = dataFile("gzip/" + content_name);
-        ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
-        ZUMGZIPInputStream whole(memory);
-        EXPECT_EQ(drain(whole, 4096, Form::Array), content) << member_name;
-        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, 7));
+        EXPECT_EQ(decodeWithOurReader(member, Form::Array), content) << member_name;
+        ScriptedInputStream pieces(ScriptedInputStream::pieces(member, {7}));
         ZUMGZIPInputStream split(pieces);
         EXPECT_EQ(drain(split, 1000), content) << member_name;
         EXPECT_EQ(pieces.counts, std::vector<int>(pieces.counts.size(), 16384));
@@ -149,7 +148,7 @@ TEST(GZIPInputStream, FailureTable)
     };
     for (std::size_t keep : {std::size_t(11), member.size() / 3, member.size() - 9}) {
         for (ScriptStep end : {ScriptStep::end(), ScriptStep::zero()}) {
-            cases.push_back({ScriptedInputStream::pieces(member.substr(0, keep), 5000), failure(-5, "GZIP_TRUNCATED"),
+            cases.push_back({ScriptedInputStream::pieces(member.substr(0, keep), {5000}), failure(-5, "GZIP_TRUNCATED"),
                              failure(-5, "GZIP_TRUNCATED")});
             cases.back().input.push_back(end);
         }
@@ -172,12 +171,11 @@ TEST(GZIPInputStream, FailureTable)
     ScriptedInputStream a({data(bad_crc)}), b({data(bad_crc)});
     ZUMGZIPInputStream into_array(a), into_buffer(b);
     std::string out(30000, '\0');
-    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
-    EXPECT_TRUE(out.substr(0, content.size()) == content);
     RVKByteBuffer buf(0, 16);
     buf.appendChars("ab", 2);
-    EXPECT_EQ(raised([&] { into_buffer.read(buf, 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
-    EXPECT_EQ(str(buf), "ab");
+    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }) + raised([&] { into_buffer.read(buf, 30000); }),
+              failure(-3, "GZIP_CRC_MISMATCH") + failure(-3, "GZIP_CRC_MISMATCH"));
+    EXPECT_TRUE(out.substr(0, content.size()) == content && str(buf) == "ab");
 }
 
 // Members of every size decode with the gzip program and with our reader.

@@ -18,7 +18,7 @@ TEST(StripLineBreaksInputStream, DropsLineBreaksOrWhiteSpaceInEveryReadForm)
     for (auto const& c : cases) {
         for (std::size_t piece : {1, 2, 3, 100}) {
             for (Form form : {Form::Buffer, Form::Array, Form::Byte}) {
-                ScriptedInputStream up(ScriptedInputStream::pieces(c.input, piece, piece == 2));
+                ScriptedInputStream up(ScriptedInputStream::pieces(c.input, {piece}, piece == 2));
                 ZUMStripLineBreaksInputStream strip(up, c.all);
                 EXPECT_TRUE(drain(strip, 3, form) == c.kept)
                     << testing::PrintToString(c.input) << " in pieces of " << piece;

@@ -11,7 +11,7 @@ TEST(ZUMInputStreamBuf, GetlineOverShortReadsSeesEveryLine)
     std::string text = "first line\nsecond\n\nlast without end";
     // Pieces of 3 bytes with a 0-byte read after each: the streambuf must
     // neither lose nor repeat bytes.
-    ScriptedInputStream raw(ScriptedInputStream::pieces(text, 3, true));
+    ScriptedInputStream raw(ScriptedInputStream::pieces(text, {3}, true));
     ZUMInputStreamBuf buf(raw, 8);
     std::istream in(&buf);
     std::vector<std::string> lines;

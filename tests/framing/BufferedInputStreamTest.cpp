@@ -91,9 +91,8 @@ TEST(BufferedInputStream, ReadlineEndsLinesAtCrLfOnly)
     };
     for (auto const& c : cases) {
         for (int size : {1, 3, 64}) {
-            for (int piece : {0, 1}) {  // whole, and one byte per upstream read with empty reads between
-                ScriptedInputStream up(piece ? ScriptedInputStream::pieces(c.input, 1, true)
-                                             : std::vector<ScriptStep>{ScriptStep::data(c.input)});
+            for (std::size_t piece : {0, 1}) {  // whole, and one byte per upstream read with empty reads between
+                ScriptedInputStream up(ScriptedInputStream::pieces(c.input, {piece}, piece == 1));
                 ZUMBufferedInputStream bis(up, size);
                 std::vector<int> lines;
                 EXPECT_EQ(drain(bis, 0, Form::Line, &lines), c.input);
@@ -112,7 +111,6 @@ TEST(BufferedInputStream, ReadlineEndsLinesAtCrLfOnly)
     EXPECT_EQ(str(line), "cde\r\n");
 }
 
-
 // readline has no length limit: a line far longer than the buffer is
 // delivered whole however many refills it spans; a lone CR or LF ends nothing.
 TEST(BufferedInputStream, ReadlineDeliversHugeLinesWhole)
@@ -128,4 +126,39 @@ TEST(BufferedInputStream, ReadlineDeliversHugeLinesWhole)
         EXPECT_TRUE(drain(bis, 0, Form::Line, &lines) == c.input);
         EXPECT_EQ(lines, c.lines);
     }
+}
+
+TEST(BlockInputStream, DeliversBlocksWithUnreadBytesInThemAndUnWrapHandsReadAheadBack)
+{
+    ZUMMemoryInputStream mem("0123456789abcdefgh", 18);
+    ZUMBlockInputStream block(mem, 3);
+    EXPECT_EQ(block.read(), -1);  // no block opened yet
+    block.resetBlockSize(4);
+    EXPECT_EQ(drain(block, 100), "0123");
+    block.resetBlockSize(5);
+    char buf[3];
+    ASSERT_EQ(block.read(buf, 2), 2);
+    block.unread("XY", 2);  // inside a block: part of it
+    EXPECT_EQ(drain(block, 100, Form::Byte), "XY678");
+    block.unread("Z", 1);  // after its end: kept for the next one
+    EXPECT_EQ(block.read(), -1);
+    block.resetBlockSize(2);
+    EXPECT_EQ(drain(block, 100, Form::Array), "Z9");
+    block.resetBlockSize(50);
+    EXPECT_EQ(drain(block, 100), "abcdefgh");
+    block.resetBlockSize(5);
+    EXPECT_EQ(block.read(buf, 3), -1);  // the stream beneath has ended
+
+    // unWrap hands the read-ahead back from an owned or a lent buffered stream.
+    ZUMMemoryInputStream mem1("0123456789", 10), mem2("0123456789", 10);
+    ZUMBufferedInputStream lower(mem1, 10), lent(mem2, 8);
+    ZUMBlockInputStream owned(lower, 8), borrowing(lent);
+    for (ZUMBlockInputStream* block : {&owned, &borrowing}) {
+        block->resetBlockSize(3);
+        EXPECT_EQ(drain(*block, 100), "012");
+        block->unWrap();
+    }
+    EXPECT_EQ(drain(lower, 100), "3456789");
+    EXPECT_EQ(lent.getUpstream(), &mem2);
+    EXPECT_EQ(drain(lent, 100), "3456789");
 }

@@ -2,10 +2,9 @@
 #define ZUM_TEST_FILES_H
 
 // Files and independent producers for tests: a temporary directory, whole
-// files, the fixtures of tests/data, external programs (python3, gzip; a test
-// skips when one is missing) and zlib's own deflate.
+// files, the fixtures and tables of tests/data, external programs (python3,
+// gzip; a test skips when one is missing) and zlib's own deflate.
 
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -13,13 +12,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
-
-inline void writeFile(std::string const& path, std::string const& bytes)
-{
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
+#include <vector>
 
 inline std::string readFile(std::string const& path)
 {
@@ -31,6 +27,40 @@ inline std::string readFile(std::string const& path)
 inline std::string dataFile(std::string const& name)
 {
     return readFile(std::string(ZUM_TEST_DATA_DIR) + "/" + name);
+}
+
+// The rows of a table in tests/data: one row a line (a line that starts with
+// # is a comment), fields apart by tabs. In a field \r, \n, \t, \\ and \xHH
+// stand for their bytes; a field @NAME is the content of the data file NAME.
+inline std::vector<std::vector<std::string>> dataTable(std::string const& name)
+{
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(dataFile(name));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        rows.emplace_back(1);
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            bool const escaped = line[i] == '\\' && ++i < line.size();
+            char c = line[i];
+            std::string const hex = escaped && c == 'x' ? line.substr(i + 1, 2) : "";
+            i += hex.size();
+            if (escaped) {
+                std::size_t const named = std::string("rnt").find(c);
+                c = hex.size() ? static_cast<char>(std::stoi(hex, nullptr, 16)) : named < 3 ? "\r\n\t"[named] : c;
+            }
+            if (!escaped && c == '\t') {
+                rows.back().emplace_back();
+            } else {
+                rows.back().back() += c;
+            }
+        }
+        for (auto& field : rows.back()) {
+            field = field.size() > 1 && field[0] == '@' ? dataFile(field.substr(1)) : field;
+        }
+    }
+    return rows;
 }
 
 // A fresh directory under the temporary directory, removed with its content
@@ -52,22 +82,13 @@ public:
     // Writes `bytes` to the file `name` here and returns its path.
     std::string write(std::string const& name, std::string const& bytes) const
     {
-        writeFile(file(name), bytes);
+        std::ofstream(file(name), std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         return file(name);
     }
 
 private:
     std::string m_path;
 };
-
-// Whether descriptor `fd` is open on the file `path` (a closed descriptor may
-// be reused by the next open, for another file).
-inline bool fdIsOpenOn(int fd, std::string const& path)
-{
-    struct stat by_fd, by_path;
-    return ::fstat(fd, &by_fd) == 0 && ::stat(path.c_str(), &by_path) == 0 && by_fd.st_dev == by_path.st_dev &&
-           by_fd.st_ino == by_path.st_ino;
-}
 
 inline bool haveProgram(char const* program)
 {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -48,13 +49,17 @@ public:
     {
     }
 
-    // Steps that deliver `bytes` in pieces of at most `piece` bytes, with a
-    // read of 0 bytes after every piece when `zeros` is set.
-    static std::vector<ScriptStep> pieces(std::string const& bytes, std::size_t piece, bool zeros = false)
+    // Steps that deliver `bytes` in pieces of the sizes of `sizes`, taken in
+    // turn (none, or 0: the rest at once), with a read of 0 bytes after every
+    // piece when `zeros` is set.
+    static std::vector<ScriptStep> pieces(std::string const& bytes, std::vector<std::size_t> const& sizes,
+                                          bool zeros = false)
     {
         std::vector<ScriptStep> steps;
-        for (std::size_t at = 0; at < bytes.size(); at += piece) {
-            steps.push_back(ScriptStep::data(bytes.substr(at, piece)));
+        for (std::size_t at = 0, i = 0; at < bytes.size(); ++i) {
+            std::size_t n = sizes.empty() ? 0 : sizes[i % sizes.size()];
+            steps.push_back(ScriptStep::data(bytes.substr(at, n ? n : bytes.size())));
+            at += steps.back().bytes.size();
             if (zeros) {
                 steps.push_back(ScriptStep::zero());
             }
@@ -87,7 +92,6 @@ public:
             m_script.insert(m_script.begin() + static_cast<std::ptrdiff_t>(m_step), ScriptStep::data(unreads.back()));
         }
     }
-    std::size_t stepsLeft() const { return m_script.size() - m_step; }
 
     std::vector<int> counts;           // the count of every read, in order
     std::vector<std::string> unreads;  // the bytes of every unread

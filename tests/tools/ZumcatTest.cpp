@@ -24,8 +24,6 @@ Result zumcat(std::string const& args, std::string const& input, TempDir const& 
     return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readFile(dir.file("out")), readFile(dir.file("err"))};
 }
 
-std::string const k_any = "\x01(any)";  // an output the case does not look at
-
 }  // namespace
 
 TEST(Zumcat, EveryOperationRoundTripsDecodesOthersOutputAndHasHelp)
@@ -45,11 +43,9 @@ TEST(Zumcat, EveryOperationRoundTripsDecodesOthersOutputAndHasHelp)
             EXPECT_TRUE(decoded.out == input) << pair.encode << " | " << pair.decode << ", " << input.size();
         }
     }
-    EXPECT_EQ(zumcat("xml-escape", "a<b>&\"'\x01\t\xc3\xa9", dir).out, "a&lt;b&gt;&amp;&quot;&#39;&#1;\t\xc3\xa9");
     // Several members in one input decode one after the other, as gzip -d does.
     Result both = zumcat("gunzip", dataFile("gzip/gzip-9-name.gz") + dataFile("gzip/py-flags-1e.gz"), dir);
     EXPECT_TRUE(both.out == dataFile("gzip/mixed.content") + dataFile("gzip/hello.content")) << both.err;
-    EXPECT_EQ(zumcat("unchunk", dataFile("chunked/nginx_gzip.body"), dir).out, dataFile("chunked/nginx_gzip.expected"));
 
     for (std::string op : {"http", "gunzip", "gzip", "unchunk", "chunk", "base64", "unbase64", "xml-escape"}) {
         for (std::string args : {op + " --help", "help " + op}) {
@@ -70,113 +66,35 @@ TEST(Zumcat, EveryOperationRoundTripsDecodesOthersOutputAndHasHelp)
     Result shown = zumcat("--version", "", dir);
     EXPECT_EQ(shown.out, "zumcat " + version + " (ZUM Streams " + version + ")\n");
     EXPECT_EQ(shown.status, 0);
-}
 
-TEST(Zumcat, Base64OutputEndsWithALineBreak)
-{
-    TempDir dir;
-    std::string abc57, text76;  // one full line of 76 characters
-    for (int i = 0; i < 19; ++i) {
-        abc57 += "abc";
-        text76 += "YWJj";
-    }
-    struct Case { char const* args; std::string input, out; } const cases[] = {
-        {"base64", "", ""},
-        {"base64", "abc", "YWJj\n"},
-        {"base64", "abcd", "YWJjZA==\n"},
-        {"base64 --wrap 4", "abc", "YWJj\r\n"},
-        {"base64 --wrap 4", "abcd", "YWJj\r\nZA==\r\n"},
-        {"base64 --wrap 76", abc57, text76 + "\r\n"},
-    };
-    for (Case const& c : cases) {
-        Result r = zumcat(c.args, c.input, dir);
-        EXPECT_EQ(r.out, c.out) << c.args << " on " << c.input.size() << " bytes";
-        EXPECT_EQ(r.status, 0);
-    }
-}
-
-TEST(Zumcat, HttpPrintsHeadersBodyAndTrailerOfTheCapturedResponse)
-{
-    TempDir dir;
-    std::string const path = ZUM_SOURCE_DIR "/examples/http-sample/sample-response.http";
+    // http prints the start line, the headers, the body with its codings and
+    // the trailer of the captured response; with --body and a file, the body.
+    std::string const sample = ZUM_SOURCE_DIR "/examples/http-sample/sample-response.http";
     std::string body = readFile(ZUM_SOURCE_DIR "/examples/http-sample/sample-body.txt");
-    Result only = zumcat("http --body " + shellQuoted(path), "", dir);
+    Result only = zumcat("http --body " + shellQuoted(sample), "", dir);
     EXPECT_EQ(only.status, 0) << only.err;
     EXPECT_EQ(only.out, body);
-    Result full = zumcat("http", readFile(path), dir);
+    Result full = zumcat("http", readFile(sample), dir);
     EXPECT_EQ(full.status, 0) << full.err;
     EXPECT_EQ(full.out.find("== start line ==\nHTTP/1.1 200 OK\n== headers ==\n"), 0u);
     EXPECT_NE(full.out.find("Content-Encoding: gzip\n"), std::string::npos);
     EXPECT_NE(full.out.find("== body, chunked, gzip ==\n" + body + "\n== trailer ==\nX-Served-By: zum-sample\n"),
               std::string::npos);
-    // A plain response framed by Content-Length: the bytes behind it are not body.
-    EXPECT_EQ(zumcat("http --body", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nhelloEXTRA", dir).out, "hello");
 }
 
-TEST(Zumcat, FailuresGiveOnePlainLineAfterTheDecodedOutputAndTheirStatus)
+// The cases of tests/data/zumcat/cases.tsv: the output (on bad input, what
+// was decoded before the failure), one plain line on standard error for a
+// failure, and the documented exit status.
+TEST(Zumcat, CasesGiveTheirOutputErrorLineAndStatus)
 {
     TempDir dir;
-    std::string member = dataFile("gzip/gzip-9-name.gz"), content = dataFile("gzip/mixed.content");
-    std::string bad_crc = member, bad_length = member;
-    bad_crc[bad_crc.size() - 8] ^= 0x55;
-    bad_length[bad_length.size() - 1] ^= 0x01;
-    std::string const sample = readFile(ZUM_SOURCE_DIR "/examples/http-sample/sample-response.http");
-    std::string const ok = "HTTP/1.1 200 OK\r\n", chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
-    std::string const gzipped = ok + "Content-Encoding: gzip\r\nContent-Length: " + std::to_string(member.size() + 2) +
-                                "\r\n\r\n" + member + "xy";
-    struct Case { std::string args, input; int status; std::string err, out; } const cases[] = {
-        {"gunzip", "hello\n", 1, "gunzip: the input is not in gzip format", ""},
-        {"gunzip", "hello world, as text\n", 1, "gunzip: the input is not in gzip format", ""},  // FEXTRA set
-        {"gunzip", member + "junk", 1,
-         "gunzip: trailing garbage ignored: 4 bytes after the last gzip member, from byte " +
-             std::to_string(member.size()),
-         content},
-        {"gunzip", member.substr(0, member.size() / 2), 1,
-         "gunzip: the compressed input ended before the gzip header or trailer was complete", k_any},
-        {"gunzip", bad_crc, 1, "gunzip: CRC-32 mismatch: the data does not match the checksum in the gzip trailer",
-         k_any},
-        {"gunzip", bad_length, 1,
-         "gunzip: length mismatch: the data does not match the length in the gzip trailer", k_any},
-        {"gunzip", std::string("\x1f\x8b\x08\x20\0\0\0\0\0\0xxxxxxxx", 18), 1,
-         "gunzip: unsupported compression method or unknown gzip header flags", ""},
-        {"unbase64", "YWJj!!!!", 1, "unbase64: invalid Base64 character '!' at byte 4", "abc"},
-        {"unbase64", std::string("YWJj\r\nZA\0=", 10), 1, "unbase64: invalid Base64 character 0x00 at byte 8", "abc"},
-        {"unbase64", "YWJjZA\n", 1,
-         "unbase64: the Base64 text ends inside a group of four characters: 2 left over from byte 4", "abc"},
-        {"unbase64", "a=b\n", 1, "unbase64: misplaced Base64 padding '=' at byte 1", ""},
-        {"unbase64", "YWJjYQ=A", 1, "unbase64: misplaced Base64 padding '=' at byte 6", "abc"},
-        {"http", "", 1, "http: the input is empty: no HTTP start line", ""},
-        {"http", ok + "Server: x\r\n", 1, "http: the input ended before the empty line that ends the header lines",
-         ""},
-        {"http --body", chunked + "5\r\nhel", 1,
-         "http: the input ended inside the chunk of 5 bytes whose size line is at byte 47", "hel"},
-        {"http --body", chunked + "5\r\nhello\r\n", 1, "http: the input ended before the last chunk of the chunked body",
-         "hello"},
-        {"http --body", chunked + "5\r\nhello\r\n0\r\nX: y\r\n", 1,
-         "http: the input ended before the empty line that ends the trailer", "hello"},
-        {"http --body", chunked + "5\r\nhello\r\nzz\r\n\r\n", 1, "http: malformed chunk-size line at byte 57", "hello"},
-        {"http --body", ok + "Content-Length: 5\r\n\r\nhel", 1,
-         "http: the input ended after 3 of the 5 body bytes that Content-Length announces", "hel"},
-        {"http --body", sample.substr(0, sample.size() - 40), 1,
-         "http: the input ended inside the chunk of 4371 bytes whose size line is at byte 28935", k_any},
-        {"http --body", gzipped, 1,
-         "http: trailing garbage ignored: 2 bytes after the last gzip member, from byte " +
-             std::to_string(gzipped.size() - 2),
-         content},
-        {"unchunk", "5\r\nhello\r\n", 1, "unchunk: the input ended before the last chunk of the chunked body", "hello"},
-        {"gunzip /nonexistent/file.gz", "", 1,
-         "gunzip: the file cannot be opened for reading: /nonexistent/file.gz: No such file or directory", ""},
-        {"chunk --size 0", "", 2, "--size needs a number from 1 to 16777216", ""},
-        {"base64 --wrap", "", 2, "--wrap needs a number from 0 to 65535", ""},
-        {"frobnicate", "", 2, "unknown operation 'frobnicate' (zumcat --help lists them)", ""},
-        {"gzip --fast", "", 2, "unknown option '--fast' for gzip", ""},
-        {"gunzip a.gz b.gz", "", 2, "only one input file may be given", ""},
-    };
-    for (Case const& c : cases) {
-        Result r = zumcat(c.args, c.input, dir);
-        EXPECT_EQ(r.status, c.status) << c.args;
-        EXPECT_EQ(r.err, "zumcat: " + c.err + "\n") << c.args;
-        EXPECT_TRUE(c.out == k_any || r.out == c.out) << c.args << " wrote " << r.out.size() << " bytes";
+    std::vector<std::vector<std::string>> const cases = dataTable("zumcat/cases.tsv");
+    ASSERT_GE(cases.size(), 35u);
+    for (auto const& c : cases) {
+        Result r = zumcat(c.at(0), c.at(1), dir);
+        EXPECT_EQ(r.status, std::stoi(c.at(2))) << c[0];
+        EXPECT_TRUE(c.at(3) == "*" || r.out == c[3]) << c[0] << " wrote " << r.out.size() << " bytes";
+        EXPECT_EQ(r.err, c.at(4).empty() ? "" : "zumcat: " + c[4] + "\n") << c[0];
     }
     Result bare = zumcat("", "", dir);
     EXPECT_EQ(bare.status, 2);
@@ -221,7 +139,8 @@ TEST(Zumcat, ProgressReportsOnStandardErrorAndOutputFailuresAreNamedButBrokenPip
     // taken by default or ignored.
     dir.write("big", testBytes(3000000, 5));
     for (char const* trap : {"", "trap '' PIPE; "}) {
-        std::string command = "cd " + shellQuoted(dir.path()) + " && (" + trap + ZUMCAT_PATH " base64 big 2>err) | head -c 1";
+        std::string command =
+            "cd " + shellQuoted(dir.path()) + " && (" + trap + ZUMCAT_PATH " base64 big 2>err) | head -c 1";
         EXPECT_TRUE(runCommand(command + " >/dev/null")) << command;
         EXPECT_EQ(readFile(dir.file("err")), "") << command;
     }
