@@ -22,12 +22,17 @@ CatalogEntry const k_rvkzummsgs[] = {
     {0x91fdd700UL, "an I/O error was reported as text"},
     {0x91f2b0d2UL, "the file cannot be opened for reading"},
     {0x91fe8ba5UL, "the file cannot be read"},
-    {0x91f36c62UL, "the compressed input ended before the gzip header or trailer was complete"},
+    {0x91f36c62UL, "the compressed input ended before the gzip member was complete"},
     {0xc1c209cfUL, "the input is not in gzip format"},
     {0xc1c58e80UL, "unsupported compression method or unknown gzip header flags"},
     {0x91f342d7UL, "the compressed data is corrupt"},
     {0xc1c34d1fUL, "CRC-32 mismatch: the data does not match the checksum in the gzip trailer"},
     {0xc1c66a72UL, "length mismatch: the data does not match the length in the gzip trailer"},
+    {0xc1c7a3e1UL, "bytes that are not a gzip member follow the last member"},
+    {0xc1c81b44UL, "the chunked framing is malformed"},
+    {0x91f4d2a6UL, "the chunked body ended before its last chunk"},
+    {0xc1c9e857UL, "the Base64 text is malformed"},
+    {0x91f5a0b9UL, "the Base64 text ended inside a group of four characters"},
 };
 
 }  // namespace

@@ -99,7 +99,9 @@ TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndHasMessageFindsThem)
         {ZUMMessage::FILE_READ_FAILED, 0x91fe8ba5UL},  {ZUMMessage::GZIP_TRUNCATED, 0x91f36c62UL},
         {ZUMMessage::GZIP_NOT_GZIP, 0xc1c209cfUL},     {ZUMMessage::GZIP_UNSUPPORTED, 0xc1c58e80UL},
         {ZUMMessage::GZIP_CORRUPT, 0x91f342d7UL},      {ZUMMessage::GZIP_CRC_MISMATCH, 0xc1c34d1fUL},
-        {ZUMMessage::GZIP_LENGTH_MISMATCH, 0xc1c66a72UL},
+        {ZUMMessage::GZIP_LENGTH_MISMATCH, 0xc1c66a72UL}, {ZUMMessage::GZIP_TRAILING_GARBAGE, 0xc1c7a3e1UL},
+        {ZUMMessage::CHUNKED_MALFORMED, 0xc1c81b44UL},    {ZUMMessage::CHUNKED_TRUNCATED, 0x91f4d2a6UL},
+        {ZUMMessage::BASE64_MALFORMED, 0xc1c9e857UL},     {ZUMMessage::BASE64_TRUNCATED, 0x91f5a0b9UL},
     };
     for (auto const& [named, number] : numbers) {
         EXPECT_EQ(named, number);
