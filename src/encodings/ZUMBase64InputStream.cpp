@@ -6,11 +6,11 @@
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 namespace {
 
-// Reads of nothing in a row that a group waits for before it gives up.
-int const k_max_empty_reads = 1000;
+char const k_read_method[] = "ZUMBase64InputStream::read";
 
 }  // namespace
 
@@ -42,7 +42,7 @@ inline bool ZUMBase64InputStream::fetchGroup()
             return false;
         }
         if (n == 0) {
-            if (++empty_reads >= k_max_empty_reads) {
+            if (++empty_reads >= zum_detail::k_max_empty_reads) {
                 return false;
             }
             continue;
@@ -67,7 +67,7 @@ inline bool ZUMBase64InputStream::fetchGroup()
 int ZUMBase64InputStream::readDecoded(char* buf, int count)
 {
     if (!p_upstream) {
-        RVK_THROW(RVKIllegalStateError(0, nullptr), "ZUMBase64InputStream::read");
+        RVK_THROW(RVKIllegalStateError(0, nullptr), k_read_method);
     }
     if (count <= 0) {
         return 0;
@@ -96,22 +96,13 @@ int ZUMBase64InputStream::readDecoded(char* buf, int count)
 int ZUMBase64InputStream::read(char* buf, int count)
 {
     int result = 0;
-    ZUM_CONVERT_TEXT("ZUMBase64InputStream::read", result = readDecoded(buf, count));
+    ZUM_CONVERT_TEXT(k_read_method, result = readDecoded(buf, count));
     return result;
 }
 
 int ZUMBase64InputStream::read(RVKByteBuffer& buf, int count)
 {
-    unsigned old_length = static_cast<unsigned>(buf.pcount());
-    if (count > 0) {
-        buf.reserve(old_length + static_cast<unsigned>(count));
-    }
-    int r = read(buf.str() + old_length, count);
-    if (r > 0) {
-        buf.setLength(old_length + static_cast<unsigned>(r));
-        return r;
-    }
-    return -1;
+    return zum_detail::readInto(*this, buf, count, zum_detail::k_read_into_nothing_is_end);
 }
 
 int ZUMBase64InputStream::read()

@@ -5,6 +5,7 @@
 #include "RVKOutOfMemoryError.h"
 #include "RVKUnexpectedError.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 // The raw deflate decoder and CRC-32: zlib's, or ISA-L's in the fast inflate
 // build (ZUM_FAST_INFLATE). Both keep zlib's statuses in m_err.
@@ -265,20 +266,10 @@ int ZUMGZIPInputStream::read(char* buf, int count)
 int ZUMGZIPInputStream::read(RVKByteBuffer& buf, int count)
 {
     RVK_ASSERT(count >= 0);
-    unsigned length = static_cast<unsigned>(buf.pcount());
-    buf.reserve(length + static_cast<unsigned>(count));
-    int n = 0;
-    try {
-        n = read(buf.str() + length, count);
-    } catch (...) {
-        buf.setLength(length);  // bytes decoded before the failure are not delivered
-        throw;
-    }
-    if (n > 0) {
-        buf.setLength(length + static_cast<unsigned>(n));
-        return n;
-    }
-    return -1;
+    // Bytes decoded before a failure (a CRC-32 mismatch, say) are not delivered.
+    return zum_detail::readInto(*this, buf, count,
+                                zum_detail::k_read_into_nothing_is_end
+                                    | zum_detail::k_read_into_rollback);
 }
 
 int ZUMGZIPInputStream::read()

@@ -2,6 +2,7 @@
 
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
+#include "ZUMReadSupport.h"
 
 namespace {
 
@@ -17,10 +18,6 @@ struct DropTable {
     }
 };
 constexpr DropTable k_drop;
-
-// Upstream reads of 0 bytes in a row after which read() takes the upstream
-// as ended.
-int const k_max_empty_reads = 1000;
 
 }  // namespace
 
@@ -76,30 +73,12 @@ int ZUMStripLineBreaksInputStream::read(char* buf, int count)
 
 int ZUMStripLineBreaksInputStream::read(RVKByteBuffer& buffer, int count)
 {
-    if (count <= 0) {
-        return read(static_cast<char*>(nullptr), 0);  // the unwrapped check, then 0
-    }
-    unsigned const length = static_cast<unsigned>(buffer.pcount());
-    buffer.reserve(length + static_cast<unsigned>(count));
-    int n = read(buffer.str() + length, count);
-    if (n > 0) {
-        buffer.setLength(length + static_cast<unsigned>(n));
-    } else {
-        buffer.str()[length] = '\0';  // whatever the upstream wrote there is not kept
-    }
-    return n;
+    return zum_detail::readInto(*this, buffer, count);
 }
 
 int ZUMStripLineBreaksInputStream::read()
 {
-    unsigned char byte = 0;
-    for (int empty = 0; empty < k_max_empty_reads; ++empty) {
-        int n = read(reinterpret_cast<char*>(&byte), 1);
-        if (n != 0) {
-            return n == 1 ? byte : -1;
-        }
-    }
-    return -1;
+    return zum_detail::readByte(*this);
 }
 
 void ZUMStripLineBreaksInputStream::unWrap()

@@ -7,18 +7,20 @@
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 namespace {
 
-const int ERROR_INVALID_ARGUMENT = EINVAL;  // 22
-
-const char READ_BYTES_METHOD[] = "int ZUMFileInputStream::read(char *, int)";
-const char READ_BYTE_METHOD[] = "int ZUMFileInputStream::read()";
+char const k_read_bytes_method[] = "int ZUMFileInputStream::read(char *, int)";
+char const k_read_byte_method[] = "int ZUMFileInputStream::read()";
+char const k_try_open_file_method[] = "void ZUMFileInputStream::tryOpen(FILE*)";
+char const k_try_open_fd_method[] = "ZUMFileInputStream::tryOpen(int)";
+char const k_try_open_path_method[] = "ZUMFileInputStream::tryOpen(const char*)";
 
 // The system's text for error number `err`, or "" for a negative number and
 // for one the system does not know. strerror invents "Unknown error N" for
 // those; that placeholder is not passed on.
-const char* get_errno_msg(int err)
+char const* errnoText(int err)
 {
     if (err < 0) {
         return "";
@@ -41,14 +43,14 @@ const char* get_errno_msg(int err)
 
 // The exceptions of a failed open and a failed read: error number as code,
 // the catalog message, then the file name and the error text.
-[[noreturn]] void throw_open_exception(int err, const char* filename, const char* method)
+[[noreturn]] void raiseOpenFailure(int err, char const* filename, char const* method)
 {
-    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_OPEN_FAILED, filename, get_errno_msg(err));
+    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_OPEN_FAILED, filename, errnoText(err));
 }
 
-[[noreturn]] void throw_read_exception(int err, const char* filename, const char* method)
+[[noreturn]] void raiseReadFailure(int err, char const* filename, char const* method)
 {
-    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_READ_FAILED, filename, get_errno_msg(err));
+    ZUM_RAISE_IO_TEXTS(method, err, ZUMMessage::FILE_READ_FAILED, filename, errnoText(err));
 }
 
 }  // namespace
@@ -74,16 +76,13 @@ ZUMFileInputStream::ZUMFileInputStream(const char* path) : ZUMFileInputStream()
 
 ZUMFileInputStream::~ZUMFileInputStream()
 {
-    try {
-        ZUMFileInputStream::close();
-    } catch (...) {
-    }
+    ZUMFileInputStream::close();
 }
 
 void ZUMFileInputStream::checkReadable(const char* method)
 {
     if (m_open_errno != 0) {
-        throw_open_exception(m_open_errno, m_filename, method);
+        raiseOpenFailure(m_open_errno, m_filename, method);
     }
     if (m_file == nullptr) {
         RVK_THROW(RVKIllegalStateError(0, nullptr), method);
@@ -92,25 +91,16 @@ void ZUMFileInputStream::checkReadable(const char* method)
 
 int ZUMFileInputStream::read(RVKByteBuffer& buffer, int count)
 {
-    // Grow only when a read can follow: a closed stream or a bad count raises
-    // below without touching the buffer. Both values fit in 31 bits, so their
-    // sum fits in an unsigned.
-    if (count > 0 && m_file != nullptr) {
-        buffer.reserve(static_cast<unsigned>(buffer.pcount()) + static_cast<unsigned>(count));
-    }
-    int n = read(buffer.str() + buffer.pcount(), count);
-    if (n <= 0) {
-        return -1;
-    }
-    buffer.setLength(static_cast<unsigned>(buffer.pcount()) + static_cast<unsigned>(n));
-    return n;
+    // A closed stream raises before the buffer grows.
+    checkReadable(k_read_bytes_method);
+    return zum_detail::readInto(*this, buffer, count, zum_detail::k_read_into_nothing_is_end);
 }
 
 int ZUMFileInputStream::read(char* buf, int count)
 {
-    checkReadable(READ_BYTES_METHOD);
+    checkReadable(k_read_bytes_method);
     if (buf == nullptr || count < 1) {
-        RVK_THROW(RVKIllegalArgumentError(0, nullptr), READ_BYTES_METHOD);
+        RVK_THROW(RVKIllegalArgumentError(0, nullptr), k_read_bytes_method);
     }
     if (std::feof(m_file)) {
         return -1;
@@ -118,21 +108,21 @@ int ZUMFileInputStream::read(char* buf, int count)
     errno = 0;
     std::size_t n = std::fread(buf, 1, static_cast<std::size_t>(count), m_file);
     if (std::ferror(m_file)) {
-        throw_read_exception(errno, m_filename, READ_BYTES_METHOD);
+        raiseReadFailure(errno, m_filename, k_read_bytes_method);
     }
     return n == 0 ? -1 : static_cast<int>(n);
 }
 
 int ZUMFileInputStream::read()
 {
-    checkReadable(READ_BYTE_METHOD);
+    checkReadable(k_read_byte_method);
     if (std::feof(m_file)) {
         return -1;
     }
     errno = 0;
     int c = std::fgetc(m_file);
     if (std::ferror(m_file)) {
-        throw_read_exception(errno, m_filename, READ_BYTE_METHOD);
+        raiseReadFailure(errno, m_filename, k_read_byte_method);
     }
     return c;
 }
@@ -161,7 +151,7 @@ RVK_bool ZUMFileInputStream::open(FILE* file)
     if (file != nullptr) {
         m_file = file;
     } else {
-        m_open_errno = ERROR_INVALID_ARGUMENT;
+        m_open_errno = EINVAL;
     }
     return isOpen();
 }
@@ -181,7 +171,7 @@ RVK_bool ZUMFileInputStream::open(const char* path)
 {
     close();
     if (path == nullptr) {
-        m_open_errno = ERROR_INVALID_ARGUMENT;
+        m_open_errno = EINVAL;
         return isOpen();
     }
     std::size_t length = std::strlen(path);
@@ -197,30 +187,28 @@ RVK_bool ZUMFileInputStream::open(const char* path)
 
 void ZUMFileInputStream::tryOpen(FILE* file)
 {
-    static const char method[] = "void ZUMFileInputStream::tryOpen(FILE*)";
     if (file == nullptr) {
-        RVK_THROW(RVKIllegalArgumentError(0, nullptr), method);
+        RVK_THROW(RVKIllegalArgumentError(0, nullptr), k_try_open_file_method);
     }
     if (!open(file)) {
-        throw_open_exception(m_open_errno, m_filename, method);
+        raiseOpenFailure(m_open_errno, m_filename, k_try_open_file_method);
     }
 }
 
 void ZUMFileInputStream::tryOpen(int fd)
 {
     if (!open(fd)) {
-        throw_open_exception(m_open_errno, m_filename, "ZUMFileInputStream::tryOpen(int)");
+        raiseOpenFailure(m_open_errno, m_filename, k_try_open_fd_method);
     }
 }
 
 void ZUMFileInputStream::tryOpen(const char* path)
 {
-    static const char method[] = "ZUMFileInputStream::tryOpen(const char*)";
     if (path == nullptr) {
-        RVK_THROW(RVKIllegalArgumentError(0, nullptr), method);
+        RVK_THROW(RVKIllegalArgumentError(0, nullptr), k_try_open_path_method);
     }
     if (!open(path)) {
-        throw_open_exception(m_open_errno, m_filename, method);
+        raiseOpenFailure(m_open_errno, m_filename, k_try_open_path_method);
     }
 }
 

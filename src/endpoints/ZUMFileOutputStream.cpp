@@ -12,7 +12,7 @@ namespace {
 // Raises the error of a file that did not open for writing: RVKAssertError
 // whose text names the path (at most 128 bytes of it) and the system's text
 // for `err`.
-[[noreturn]] void throw_open_error(const char* path, int err)
+[[noreturn]] void raiseOpenFailure(const char* path, int err)
 {
     static const char pattern[] = "The file %.128s does not open successfully for writing. [%s]";
 
@@ -43,7 +43,7 @@ ZUMFileOutputStream::ZUMFileOutputStream(const char* path, int flag)
     }
     m_file = std::fopen(path, flag != 0 ? "wb+a" : "wb");
     if (m_file == nullptr) {
-        throw_open_error(path, errno);
+        raiseOpenFailure(path, errno);
     }
 }
 

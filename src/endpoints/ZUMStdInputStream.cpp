@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 ZUMStdInputStream::ZUMStdInputStream(std::istream& stream) : m_stream(stream)
 {
@@ -15,13 +16,7 @@ int ZUMStdInputStream::read(RVKByteBuffer& buffer, int count)
     if (count < 1) {
         return count < 0 ? -1 : 0;
     }
-    int old = buffer.pcount();
-    buffer.reserve(static_cast<unsigned>(old) + static_cast<unsigned>(count));
-    int n = read(buffer.str() + old, count);
-    if (n > 0) {
-        buffer.setLength(static_cast<unsigned>(old + n));
-    }
-    return n;
+    return zum_detail::readInto(*this, buffer, count);
 }
 
 int ZUMStdInputStream::read(char* buf, int count)

@@ -7,14 +7,7 @@
 #include "RVKMacros.h"
 #include "RVKUnsupportedOperationError.h"
 #include "ZUMFilterInputStream.h"
-
-namespace {
-
-// Passes in a row that deliver nothing before readFully takes the stream as
-// ended.
-int const k_max_empty_passes = 1000;
-
-}  // namespace
+#include "ZUMReadSupport.h"
 
 // ---- ZUMInputStream ---------------------------------------------------------
 
@@ -49,7 +42,7 @@ int ZUMInputStream::readFully(RVKByteBuffer& buffer, int count)
             return -1;
         }
         empty_passes = n == 0 ? empty_passes + 1 : 0;
-        if (empty_passes == k_max_empty_passes) {
+        if (empty_passes == zum_detail::k_max_empty_reads) {
             return -1;
         }
         remaining -= n;
@@ -74,7 +67,7 @@ int ZUMInputStream::readFully(char* buf, int count)
             return -1;
         }
         empty_passes = n == 0 ? empty_passes + 1 : 0;
-        if (empty_passes == k_max_empty_passes) {
+        if (empty_passes == zum_detail::k_max_empty_reads) {
             return -1;
         }
         done += n;

@@ -4,12 +4,7 @@
 #include <climits>
 
 #include "ZUMRaise.h"
-
-namespace {
-
-int const k_max_empty_reads = 1000;
-
-}  // namespace
+#include "ZUMReadSupport.h"
 
 ZUMInputStreamBuf::ZUMInputStreamBuf(ZUMInputStream& stream, int bufferSize)
     : m_stream(stream), m_buffer(static_cast<std::size_t>(ZUM_POSITIVE_SIZE(
@@ -26,7 +21,7 @@ int ZUMInputStreamBuf::fill(char* dst, int count)
     if (m_at_end) {
         return 0;
     }
-    for (int empty = 0; empty < k_max_empty_reads; ++empty) {
+    for (int empty = 0; empty < zum_detail::k_max_empty_reads; ++empty) {
         int n = m_stream.read(dst, count);
         if (n > 0) {
             return n;

@@ -4,6 +4,8 @@
 // Read plumbing shared by the input streams of this library and by zumcat
 // (internal header, not installed).
 
+#include <climits>
+
 #include "RVKByteBuffer.h"
 #include "ZUMInputStream.h"
 
@@ -52,6 +54,74 @@ inline int readInto(ZUMInputStream& from, RVKByteBuffer& buffer, int count,
     }
     buffer.setLength(length);  // whatever the read wrote there is not kept
     return (flags & k_read_into_nothing_is_end) ? -1 : n;
+}
+
+// Reads one byte through `from.read(char*, 1)`, reading again after a read
+// that delivers nothing, at most k_max_empty_reads times. Returns the byte as
+// 0..255, or -1 at the end of the stream or when no read delivered. Raises
+// what the read raises.
+inline int readByte(ZUMInputStream& from)
+{
+    unsigned char byte = 0;
+    for (int empty = 0; empty < k_max_empty_reads; ++empty) {
+        int n = from.read(reinterpret_cast<char*>(&byte), 1);
+        if (n != 0) {
+            return n == 1 ? byte : -1;
+        }
+    }
+    return -1;
+}
+
+// ---- counted regions ----------------------------------------------------------
+//
+// A counted region is a run of a set number of bytes read through a buffered
+// stream: a block, a chunk. Its state is one count, `left`: more than 0, the
+// bytes still to come; 0, used up (or none open); -1, ended.
+
+// What a read of a counted region does when the stream beneath it ends.
+enum class EndBeneath {
+    k_ends_region,   // `left` becomes -1: the region has ended
+    k_keeps_region,  // `left` stays: a later read asks the stream beneath again
+};
+
+// Reads at most min(count, left) bytes of the region from `from` into `dest`
+// (a char* or an RVKByteBuffer) and counts them off `left`. Returns what the
+// read returned; at the end beneath (-1) `left` is as `end` says. Raises what
+// the read raises.
+template <class Dest>
+int readCounted(ZUMInputStream& from, int& left, Dest&& dest, int count, EndBeneath end)
+{
+    int n = from.read(dest, count < left ? count : left);
+    if (n == -1) {
+        if (end == EndBeneath::k_ends_region) {
+            left = -1;
+        }
+        return -1;
+    }
+    left -= n;
+    return n;
+}
+
+// The next byte of the region as 0..255, or -1 (the end beneath, which ends
+// the region). Raises what the read raises.
+inline int readCountedByte(ZUMInputStream& from, int& left)
+{
+    int c = from.read();
+    if (c == -1) {
+        left = -1;
+    } else {
+        --left;
+    }
+    return c;
+}
+
+// Counts `count` bytes pushed back beneath the region as bytes of it, unless
+// the region has ended. Saturates at INT_MAX rather than overflow.
+inline void countUnread(int& left, int count)
+{
+    if (left != -1 && count > 0) {
+        left = left > INT_MAX - count ? INT_MAX : left + count;
+    }
 }
 
 }  // namespace zum_detail

@@ -5,12 +5,9 @@
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 namespace {
-
-// Refills in a row that deliver nothing before read() takes the stream as
-// ended and readline() gives up for this call.
-int const k_max_empty_refills = 1000;
 
 char const k_size_method[] = "ZUMBufferedInputStream::ZUMBufferedInputStream - size must be 1 or more";
 
@@ -111,7 +108,7 @@ int ZUMBufferedInputStream::read(char* buf, int count)
 int ZUMBufferedInputStream::read()
 {
     for (int empty = 0; buffered() <= 0; ++empty) {
-        if (empty == k_max_empty_refills || readMore() < 0) {
+        if (empty == zum_detail::k_max_empty_reads || readMore() < 0) {
             return -1;
         }
     }
@@ -216,7 +213,7 @@ int ZUMBufferedInputStream::readline(RVKByteBuffer& line)
             return rest > 0 ? readFromBuffer(line, rest) : -1;
         }
         empty = got == 0 ? empty + 1 : 0;
-        if (empty == k_max_empty_refills) {
+        if (empty == zum_detail::k_max_empty_reads) {
             return 0;
         }
     }

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "ZUMReadSupport.h"
 #include "messages.h"
 #include "progress.h"
 
@@ -186,28 +187,12 @@ int Base64TextCheck::read(char* buf, int count)
 
 int Base64TextCheck::read(RVKByteBuffer& buffer, int count)
 {
-    if (count <= 0) {
-        return 0;
-    }
-    unsigned const length = static_cast<unsigned>(buffer.pcount());
-    buffer.reserve(length + static_cast<unsigned>(count));
-    int n = read(buffer.str() + length, count);
-    if (n > 0) {
-        buffer.setLength(length + static_cast<unsigned>(n));
-    }
-    return n;
+    return count > 0 ? zum_detail::readInto(*this, buffer, count) : 0;
 }
 
 int Base64TextCheck::read()
 {
-    char c;
-    for (int empty = 0; empty < 1000; ++empty) {
-        int n = read(&c, 1);
-        if (n != 0) {
-            return n == 1 ? static_cast<unsigned char>(c) : -1;
-        }
-    }
-    return -1;
+    return zum_detail::readByte(*this);
 }
 
 }  // namespace zumcat
