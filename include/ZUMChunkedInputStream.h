@@ -33,18 +33,26 @@
 // unwrapped, so its read-ahead is lost unless unWrap() was called.
 class ZUM_API ZUMChunkedInputStream : public ZUMFilterInputStream {
 public:
-    // Owns a new, unwrapped buffered stream with refills of `size` bytes.
-    // Wrap it before the first read: a read without input ends the body.
-    // Raises RVKIllegalArgumentError for a size below 1 and
-    // RVKOutOfMemoryError when the allocation fails.
-    explicit ZUMChunkedInputStream(int size);
     // Owns a new buffered stream with refills of `size` bytes, wrapped
-    // around `in`. Raises as above.
+    // around `in`. Raises RVKIllegalArgumentError for a size below 1 and
+    // RVKOutOfMemoryError when the allocation fails.
     ZUMChunkedInputStream(ZUMInputStream& in, int size);
+    // As above, unwrapped: wrap it before the first read (a read without
+    // input ends the body). Raises as above.
+    explicit ZUMChunkedInputStream(int size);
     // Reads through the caller's buffered stream `bis`, as it is wrapped.
     explicit ZUMChunkedInputStream(ZUMBufferedInputStream& bis);
     // Deletes an owned buffered stream (without unwrapping it).
     ~ZUMChunkedInputStream() override;
+
+    // Wraps m_bis (owned or not) around `in`. Raises RVKIllegalStateError
+    // when m_bis is already wrapped.
+    void wrap(ZUMInputStream& in) override;
+    // Unwraps an owned m_bis, which hands its read-ahead (the trailer, for
+    // one) back to the stream beneath; a lent m_bis is left as it is. Raises
+    // RVKAssertError "RVK_ASSERT(m_current_chunk_bytes <= 0);" inside a
+    // chunk; the failures of ZUMBufferedInputStream::unWrap pass unchanged.
+    void unWrap() override;
 
     // Appends up to `count` bytes of the current chunk to `buffer`, reading
     // the next chunk-size line first when between chunks. Returns the number
@@ -61,14 +69,6 @@ public:
     // Pushes `count` bytes back into m_bis as data of the current chunk; after
     // the end of the body they stay in m_bis and reads still return -1.
     void unread(char const* bytes, int count) override;
-    // Wraps m_bis (owned or not) around `in`. Raises RVKIllegalStateError
-    // when m_bis is already wrapped.
-    void wrap(ZUMInputStream& in) override;
-    // Unwraps an owned m_bis, which hands its read-ahead (the trailer, for
-    // one) back to the stream beneath; a lent m_bis is left as it is. Raises
-    // RVKAssertError "RVK_ASSERT(m_current_chunk_bytes <= 0);" inside a
-    // chunk; the failures of ZUMBufferedInputStream::unWrap pass unchanged.
-    void unWrap() override;
 
 private:
     // Reads the next chunk-size line, skipping lines of CR LF alone, and sets

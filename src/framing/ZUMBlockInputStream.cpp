@@ -1,8 +1,15 @@
 #include "ZUMBlockInputStream.h"
 
-#include <climits>
-
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
+
+namespace {
+
+// The end of the stream beneath ends the block: no byte of it can follow, so
+// reads return -1 until resetBlockSize() opens the next block.
+constexpr zum_detail::EndBeneath k_end_beneath = zum_detail::EndBeneath::k_ends_region;
+
+}  // namespace
 
 ZUMBlockInputStream::ZUMBlockInputStream(int size)
     : m_bis(new ZUMBufferedInputStream(ZUM_POSITIVE_SIZE(
@@ -26,12 +33,8 @@ ZUMBlockInputStream::ZUMBlockInputStream(ZUMBufferedInputStream& bis)
 
 ZUMBlockInputStream::~ZUMBlockInputStream()
 {
-    if (m_owns_bis && m_bis) {
-        try {
-            delete m_bis;
-            m_bis = nullptr;
-        } catch (...) {
-        }
+    if (m_owns_bis) {
+        delete m_bis;
     }
 }
 
@@ -44,24 +47,12 @@ void ZUMBlockInputStream::resetBlockSize(int n)
 
 int ZUMBlockInputStream::readFromBlock(RVKByteBuffer& buffer, int count)
 {
-    int r = m_bis->read(buffer, count < m_current_block_bytes ? count : m_current_block_bytes);
-    if (r == -1) {
-        m_current_block_bytes = -1;
-        return -1;
-    }
-    m_current_block_bytes -= r;
-    return r;
+    return zum_detail::readCounted(*m_bis, m_current_block_bytes, buffer, count, k_end_beneath);
 }
 
 int ZUMBlockInputStream::readFromBlock(char* buf, int count)
 {
-    int r = m_bis->read(buf, count < m_current_block_bytes ? count : m_current_block_bytes);
-    if (r == -1) {
-        m_current_block_bytes = -1;
-        return -1;
-    }
-    m_current_block_bytes -= r;
-    return r;
+    return zum_detail::readCounted(*m_bis, m_current_block_bytes, buf, count, k_end_beneath);
 }
 
 int ZUMBlockInputStream::read(RVKByteBuffer& buffer, int count)
@@ -88,13 +79,7 @@ int ZUMBlockInputStream::read()
         m_current_block_bytes = -1;
         return -1;
     }
-    int c = m_bis->read();
-    if (c == -1) {
-        m_current_block_bytes = -1;
-    } else {
-        --m_current_block_bytes;
-    }
-    return c;
+    return zum_detail::readCountedByte(*m_bis, m_current_block_bytes);
 }
 
 // ---- push-back and wrapping -------------------------------------------------
@@ -107,11 +92,7 @@ RVK_bool ZUMBlockInputStream::canUnread()
 void ZUMBlockInputStream::unread(char const* bytes, int count)
 {
     m_bis->unread(bytes, count);
-    if (m_current_block_bytes != -1 && count > 0) {
-        // Saturates rather than overflow on absurd sizes.
-        m_current_block_bytes =
-            m_current_block_bytes > INT_MAX - count ? INT_MAX : m_current_block_bytes + count;
-    }
+    zum_detail::countUnread(m_current_block_bytes, count);
 }
 
 void ZUMBlockInputStream::wrap(ZUMInputStream& in)

@@ -1,10 +1,19 @@
 #include "ZUMChunkedInputStream.h"
 
-#include <climits>
 #include <cstdint>
 
 #include "RVKMacros.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
+
+namespace {
+
+// The end of the stream beneath inside a chunk keeps the chunk open: only the
+// framing ends the body, and a lent m_bis wrapped again around more input goes
+// on with the chunk where it stopped. (A single-byte read still ends the body.)
+constexpr zum_detail::EndBeneath k_end_beneath = zum_detail::EndBeneath::k_keeps_region;
+
+}  // namespace
 
 // The value of the hexadecimal digits at the start of `s`, accumulated modulo
 // 2^32 and returned as a signed 32-bit number; 0 for a null or empty string or
@@ -19,11 +28,11 @@ static int hex_atoi(char const* s)
         unsigned char c = static_cast<unsigned char>(*s);
         std::uint32_t digit;
         if (c >= '0' && c <= '9') {
-            digit = c - 48u;
+            digit = c - '0';
         } else if (c >= 'A' && c <= 'F') {
-            digit = c - 55u;
+            digit = c - 'A' + 10;
         } else if (c >= 'a' && c <= 'f') {
-            digit = c - 87u;
+            digit = c - 'a' + 10;
         } else {
             break;
         }
@@ -54,12 +63,8 @@ ZUMChunkedInputStream::ZUMChunkedInputStream(ZUMBufferedInputStream& bis)
 
 ZUMChunkedInputStream::~ZUMChunkedInputStream()
 {
-    if (m_owns_bis && m_bis) {
-        try {
-            delete m_bis;
-            m_bis = nullptr;
-        } catch (...) {
-        }
+    if (m_owns_bis) {
+        delete m_bis;
     }
 }
 
@@ -88,22 +93,12 @@ bool ZUMChunkedInputStream::inChunk()
 
 int ZUMChunkedInputStream::readFromChunk(RVKByteBuffer& buffer, int count)
 {
-    int r = m_bis->read(buffer, count < m_current_chunk_bytes ? count : m_current_chunk_bytes);
-    if (r == -1) {
-        return -1;
-    }
-    m_current_chunk_bytes -= r;
-    return r;
+    return zum_detail::readCounted(*m_bis, m_current_chunk_bytes, buffer, count, k_end_beneath);
 }
 
 int ZUMChunkedInputStream::readFromChunk(char* buf, int count)
 {
-    int r = m_bis->read(buf, count < m_current_chunk_bytes ? count : m_current_chunk_bytes);
-    if (r == -1) {
-        return -1;
-    }
-    m_current_chunk_bytes -= r;
-    return r;
+    return zum_detail::readCounted(*m_bis, m_current_chunk_bytes, buf, count, k_end_beneath);
 }
 
 // ---- reads ------------------------------------------------------------------
@@ -120,16 +115,7 @@ int ZUMChunkedInputStream::read(char* buf, int count)
 
 int ZUMChunkedInputStream::read()
 {
-    if (!inChunk()) {
-        return -1;
-    }
-    int c = m_bis->read();
-    if (c == -1) {
-        m_current_chunk_bytes = -1;
-        return -1;
-    }
-    --m_current_chunk_bytes;
-    return c;
+    return inChunk() ? zum_detail::readCountedByte(*m_bis, m_current_chunk_bytes) : -1;
 }
 
 // ---- push-back and wrapping -------------------------------------------------
@@ -143,11 +129,7 @@ void ZUMChunkedInputStream::unread(char const* bytes, int count)
 {
     RVK_ASSERT(m_bis);
     m_bis->unread(bytes, count);
-    if (m_current_chunk_bytes != -1 && count > 0) {
-        // Saturates rather than overflow on absurd sizes.
-        m_current_chunk_bytes =
-            m_current_chunk_bytes > INT_MAX - count ? INT_MAX : m_current_chunk_bytes + count;
-    }
+    zum_detail::countUnread(m_current_chunk_bytes, count);
 }
 
 void ZUMChunkedInputStream::wrap(ZUMInputStream& in)
