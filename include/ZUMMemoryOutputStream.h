@@ -14,8 +14,9 @@
 class ZUM_API ZUMMemoryOutputStream : public ZUMOutputStream {
 public:
     // The two values are the byte buffer's sizing arguments (initial room,
-    // growth step), 0 or more each. Raises RVKIllegalArgumentError for a
-    // negative one, RVKOutOfMemoryError.
+    // growth step), converted to unsigned as they are: a negative one is a
+    // huge size. Raises RVKOutOfMemoryError when the initial room cannot be
+    // reserved (always for -1).
     ZUMMemoryOutputStream(int initial = 1024, int increment = 1024);
     ~ZUMMemoryOutputStream() override;
 

@@ -1,20 +1,12 @@
 #include "ZUMMemoryOutputStream.h"
 
 #include "RVKMacros.h"
-#include "ZUMRaise.h"
 
-namespace {
-
-unsigned checked(int size)
-{
-    return static_cast<unsigned>(::zum_detail::checkedSize(
-        RVK_HERE, size, 0, "ZUMMemoryOutputStream::ZUMMemoryOutputStream - sizes must be 0 or more"));
-}
-
-}  // namespace
-
+// Both sizes go to the byte buffer as they are: a negative one is a huge
+// unsigned size, which the buffer refuses with RVKOutOfMemoryError where it
+// cannot reserve it.
 ZUMMemoryOutputStream::ZUMMemoryOutputStream(int initial, int increment)
-    : m_buffer(checked(initial), checked(increment))
+    : m_buffer(static_cast<unsigned>(initial), static_cast<unsigned>(increment))
 {
 }
 
