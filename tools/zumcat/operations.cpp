@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "RVKCore.h"
+#include "ZUMReadSupport.h"
 #include "ZUMStreams.h"
 #include "http.h"
 #include "messages.h"
@@ -24,7 +25,7 @@ void copy(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
             return;
         }
         if (n == 0) {
-            if (++empty == 1000) {
+            if (++empty == zum_detail::k_max_empty_reads) {
                 throw Failure{"the input makes no progress"};
             }
             continue;
@@ -37,7 +38,7 @@ void copy(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
 long long drain(ZUMInputStream& in, std::vector<char>& buf)
 {
     long long total = 0;
-    for (int empty = 0; empty < 1000;) {
+    for (int empty = 0; empty < zum_detail::k_max_empty_reads;) {
         int n = in.read(buf.data(), static_cast<int>(buf.size()));
         if (n < 0) {
             break;
@@ -100,9 +101,13 @@ std::string trailingGarbage(long long bytes, long long at)
            " after the last gzip member, from byte " + std::to_string(at);
 }
 
-namespace {
+void runHttp(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
+{
+    InputBuffer input(in, k_io_size);
+    http(input, out, o.body, buf);
+}
 
-void gunzip(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf)
+void runGunzip(Options const&, InputCounter& source, StandardOutput& out, std::vector<char>& buf)
 {
     InputBuffer input(source, k_io_size);
     long long at = gunzipMembers(input, input, out, buf, false);
@@ -111,7 +116,7 @@ void gunzip(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf)
     }
 }
 
-void gzip(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
+void runGzip(Options const&, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
     ZUMGZIPOutputStream gz(out);
     static char const none = 0;
@@ -120,17 +125,24 @@ void gzip(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
     gz.finish();
 }
 
-void chunk(ZUMInputStream& in, ZUMOutputStream& out, int size, std::vector<char>& buf)
+void runUnchunk(Options const&, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
-    ZUMChunkedOutputStream chunked(out, size);
+    InputBuffer input(in, k_io_size);
+    unchunk(input, out, buf);
+}
+
+void runChunk(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
+{
+    ZUMChunkedOutputStream chunked(out, o.size);
     copy(in, chunked, buf);
     chunked.close();
 }
 
 // Base64 text, ended by a line break as text files are: CR LF after a last
 // partial line of wrapped text, LF after the one line of unwrapped text.
-void base64(ZUMInputStream& in, StandardOutput& out, int wrap, std::vector<char>& buf)
+void runBase64(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
+    int const wrap = o.wrap;
     ZUMBase64OutputStream b64(out);
     b64.lineBreak(static_cast<unsigned short>(wrap));
     copy(in, b64, buf);
@@ -140,7 +152,7 @@ void base64(ZUMInputStream& in, StandardOutput& out, int wrap, std::vector<char>
     }
 }
 
-void unbase64(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf)
+void runUnbase64(Options const&, InputCounter& source, StandardOutput& out, std::vector<char>& buf)
 {
     Base64TextCheck checked(source);
     ZUMBufferedInputStream input(checked, k_io_size);
@@ -153,11 +165,13 @@ void unbase64(InputCounter& source, ZUMOutputStream& out, std::vector<char>& buf
     }
 }
 
-void xmlEscape(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf)
+void runXmlEscape(Options const&, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
     ZUMXmlEncodeOutputStream xml(out);
     copy(in, xml, buf);
 }
+
+namespace {
 
 // Opens the input (a path, or standard input for "" and "-") and returns its
 // size in bytes when it is a regular file, else -1.
@@ -175,31 +189,6 @@ long long openInput(std::string const& path, ZUMFileInputStream& file)
     return known && S_ISREG(st.st_mode) ? static_cast<long long>(st.st_size) : -1;
 }
 
-void dispatch(Options const& o, InputCounter& in, StandardOutput& out)
-{
-    std::vector<char> buf(static_cast<std::size_t>(k_io_size));
-    std::string const name = o.op->name;
-    if (name == "http") {
-        InputBuffer input(in, k_io_size);
-        http(input, out, o.body, buf);
-    } else if (name == "gunzip") {
-        gunzip(in, out, buf);
-    } else if (name == "gzip") {
-        gzip(in, out, buf);
-    } else if (name == "unchunk") {
-        InputBuffer input(in, k_io_size);
-        unchunk(input, out, buf);
-    } else if (name == "chunk") {
-        chunk(in, out, o.size, buf);
-    } else if (name == "base64") {
-        base64(in, out, o.wrap, buf);
-    } else if (name == "unbase64") {
-        unbase64(in, out, buf);
-    } else if (name == "xml-escape") {
-        xmlEscape(in, out, buf);
-    }
-}
-
 }  // namespace
 
 void run(Options const& o)
@@ -215,7 +204,8 @@ void run(Options const& o)
         out.watch(progress.get());
     }
     try {
-        dispatch(o, in, out);
+        std::vector<char> buf(static_cast<std::size_t>(k_io_size));
+        o.op->run(o, in, out, buf);
         out.flush();
     } catch (...) {
         if (progress) {

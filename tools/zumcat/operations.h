@@ -13,6 +13,8 @@ namespace zumcat {
 
 struct Options;
 class InputBuffer;
+class InputCounter;
+class StandardOutput;
 
 // The size of the buffered stream's refills and of the copy buffer.
 int const k_io_size = 65536;
@@ -37,6 +39,18 @@ long long gunzipMembers(ZUMInputStream& in, InputBuffer const& input, ZUMOutputS
 
 // The text for `bytes` bytes of trailing garbage from input offset `at`.
 std::string trailingGarbage(long long bytes, long long at);
+
+// The operations, each the handler of its entry in the table of options.cpp:
+// from `in` to `out`, through the copy buffer `buf`, with the command line's
+// settings in `o`.
+void runHttp(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runGunzip(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runGzip(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runUnchunk(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runChunk(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runBase64(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runUnbase64(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
+void runXmlEscape(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf);
 
 // Runs the operation of `options` on its input. Raises Failure, BrokenPipe,
 // and the library's exceptions.

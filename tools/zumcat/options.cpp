@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "messages.h"
+#include "operations.h"
 
 #ifndef ZUM_VERSION
 #error "ZUM_VERSION (the library's version) is set by the build"
@@ -21,35 +22,43 @@ Operation const k_operations[] = {
      "headers, the body and the trailer under headings; with --body, the decoded\n"
      "body alone. A message cut short (inside the body, before the last chunk, or\n"
      "before the empty line that ends the trailer) is an error, reported after\n"
-     "what was decoded has been written.\n"},
+     "what was decoded has been written.\n",
+     runHttp},
     {"gunzip", "gunzip [FILE]",
      "Decompresses gzip data. Every member of a multi-member input is decoded in\n"
      "turn, as gzip -d does. Bytes after the last member that do not start another\n"
      "member are reported as trailing garbage (exit status 1, after all members\n"
-     "have been written).\n"},
-    {"gzip", "gzip [FILE]", "Compresses the input into one gzip member.\n"},
+     "have been written).\n",
+     runGunzip},
+    {"gzip", "gzip [FILE]", "Compresses the input into one gzip member.\n",
+     runGzip},
     {"unchunk", "unchunk [FILE]",
      "Decodes a body in the HTTP/1.1 chunked transfer coding. A trailer after the\n"
      "last chunk is read but not printed. A body without the last chunk or the\n"
-     "empty line after the trailer is an error, reported after the data.\n"},
+     "empty line after the trailer is an error, reported after the data.\n",
+     runUnchunk},
     {"chunk", "chunk [--size N] [FILE]",
      "Writes the input in the HTTP/1.1 chunked transfer coding, in chunks of N\n"
      "bytes (1 to 16777216, default 4096), with the last chunk and an empty\n"
-     "trailer.\n"},
+     "trailer.\n",
+     runChunk},
     {"base64", "base64 [--wrap N] [FILE]",
      "Encodes the input as Base64, ended by a line break; with --wrap N, in lines\n"
      "of N characters (1 to 65535), each ended by CR LF (0, the default, writes\n"
-     "one line ended by LF).\n"},
+     "one line ended by LF).\n",
+     runBase64},
     {"unbase64", "unbase64 [FILE]",
      "Decodes Base64 text. CR and LF between the characters are skipped, so text\n"
      "written with line breaks decodes too. Any other character outside the\n"
      "alphabet, misplaced '=' padding, or text that ends inside a group of four\n"
      "characters is an error naming the byte (counted from 0), reported after\n"
-     "the bytes decoded before it.\n"},
+     "the bytes decoded before it.\n",
+     runUnbase64},
     {"xml-escape", "xml-escape [FILE]",
      "Escapes the input for XML text and attribute values: & < > \" ' become\n"
      "references, control characters other than tab, LF and CR become numeric\n"
-     "references; other bytes, UTF-8 included, pass unchanged.\n"},
+     "references; other bytes, UTF-8 included, pass unchanged.\n",
+     runXmlEscape},
 };
 
 Operation const* findOperation(std::string const& name)

@@ -6,13 +6,23 @@
 #define ZUMCAT_OPTIONS_H
 
 #include <string>
+#include <vector>
 
 namespace zumcat {
+
+struct Options;
+class InputCounter;
+class StandardOutput;
+
+// Runs an operation from the input to standard output, through the copy
+// buffer (operations.h).
+using Handler = void (*)(Options const&, InputCounter&, StandardOutput&, std::vector<char>&);
 
 struct Operation {
     char const* name;
     char const* synopsis;  // after "zumcat [--progress] "
     char const* help;      // what it does, one paragraph
+    Handler run;           // does it
 };
 
 // What the command line asks for.
