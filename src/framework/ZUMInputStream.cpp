@@ -9,6 +9,31 @@
 #include "ZUMFilterInputStream.h"
 #include "ZUMReadSupport.h"
 
+namespace {
+
+// Repeats `readSome(done)`, a read of what is still missing after `done`
+// bytes, until `count` bytes have come. Returns count, or -1 at the end of the
+// stream or after k_max_empty_reads reads in a row that deliver nothing.
+template <class ReadSome>
+int readAll(int count, ReadSome readSome)
+{
+    int done = 0;
+    for (int empty = 0; done != count;) {
+        int n = readSome(done);
+        if (n < 0) {
+            return -1;
+        }
+        empty = n == 0 ? empty + 1 : 0;
+        if (empty == zum_detail::k_max_empty_reads) {
+            return -1;
+        }
+        done += n;
+    }
+    return count;
+}
+
+}  // namespace
+
 // ---- ZUMInputStream ---------------------------------------------------------
 
 ZUMInputStream::~ZUMInputStream() = default;
@@ -34,20 +59,7 @@ int ZUMInputStream::readFully(RVKByteBuffer& buffer, int count)
     if (count < 0) {
         RVK_THROW(RVKIllegalArgumentError(0, nullptr), "ZUMInputStream::readFully - negative count");
     }
-    int remaining = count;
-    int empty_passes = 0;
-    while (remaining != 0) {
-        int n = read(buffer, remaining);
-        if (n < 0) {
-            return -1;
-        }
-        empty_passes = n == 0 ? empty_passes + 1 : 0;
-        if (empty_passes == zum_detail::k_max_empty_reads) {
-            return -1;
-        }
-        remaining -= n;
-    }
-    return count;
+    return readAll(count, [&](int done) { return read(buffer, count - done); });
 }
 
 int ZUMInputStream::readFully(char* buf, int count)
@@ -59,20 +71,7 @@ int ZUMInputStream::readFully(char* buf, int count)
         RVK_THROW(RVKIllegalArgumentError(0, nullptr),
                   "ZUMInputStream::readFully - negative count or null destination");
     }
-    int done = 0;
-    int empty_passes = 0;
-    while (done != count) {
-        int n = read(buf + done, count - done);
-        if (n < 0) {
-            return -1;
-        }
-        empty_passes = n == 0 ? empty_passes + 1 : 0;
-        if (empty_passes == zum_detail::k_max_empty_reads) {
-            return -1;
-        }
-        done += n;
-    }
-    return count;
+    return readAll(count, [&](int done) { return read(buf + done, count - done); });
 }
 
 void ZUMInputStream::close()

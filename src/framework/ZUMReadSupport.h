@@ -25,13 +25,10 @@ enum ReadIntoFlags : unsigned {
     k_read_into_rollback = 2,
 };
 
-// Appends up to `count` bytes read by `from.read(char*, int)` to `buffer`:
-// room for them is reserved (only when `count` is positive), the read writes
-// straight behind the buffer's content and the length grows by what it
-// delivered. The read is called whatever `count` is, so its own argument
-// checks stand. Returns what the read returned (or -1, see `flags`); a read
-// that delivers nothing leaves the buffer's content as it was. Raises what the
-// reservation (RVKOutOfMemoryError) or the read raises.
+// Appends what `from.read(char*, int)` delivers to `buffer`: reserves room for
+// `count` bytes (when positive) and lets the read write behind the content.
+// The read runs whatever `count` is, so its own checks stand. Returns what it
+// returned (or -1, see `flags`). Raises what the reservation or the read raises.
 inline int readInto(ZUMInputStream& from, RVKByteBuffer& buffer, int count,
                     unsigned flags = k_read_into_plain)
 {
@@ -56,10 +53,8 @@ inline int readInto(ZUMInputStream& from, RVKByteBuffer& buffer, int count,
     return (flags & k_read_into_nothing_is_end) ? -1 : n;
 }
 
-// Reads one byte through `from.read(char*, 1)`, reading again after a read
-// that delivers nothing, at most k_max_empty_reads times. Returns the byte as
-// 0..255, or -1 at the end of the stream or when no read delivered. Raises
-// what the read raises.
+// One byte through `from.read(char*, 1)`, tried at most k_max_empty_reads
+// times while reads deliver nothing: 0..255, or -1. Raises what the read raises.
 inline int readByte(ZUMInputStream& from)
 {
     unsigned char byte = 0;
@@ -73,10 +68,8 @@ inline int readByte(ZUMInputStream& from)
 }
 
 // ---- counted regions ----------------------------------------------------------
-//
-// A counted region is a run of a set number of bytes read through a buffered
-// stream: a block, a chunk. Its state is one count, `left`: more than 0, the
-// bytes still to come; 0, used up (or none open); -1, ended.
+// A run of a set number of bytes read through a buffered stream (a block, a
+// chunk), kept as one count `left`: > 0 bytes to come, 0 used up, -1 ended.
 
 // What a read of a counted region does when the stream beneath it ends.
 enum class EndBeneath {
@@ -85,9 +78,8 @@ enum class EndBeneath {
 };
 
 // Reads at most min(count, left) bytes of the region from `from` into `dest`
-// (a char* or an RVKByteBuffer) and counts them off `left`. Returns what the
-// read returned; at the end beneath (-1) `left` is as `end` says. Raises what
-// the read raises.
+// (a char* or an RVKByteBuffer) and counts them off. Returns what the read
+// returned; at the end beneath (-1) `left` is as `end` says.
 template <class Dest>
 int readCounted(ZUMInputStream& from, int& left, Dest&& dest, int count, EndBeneath end)
 {
@@ -102,8 +94,7 @@ int readCounted(ZUMInputStream& from, int& left, Dest&& dest, int count, EndBene
     return n;
 }
 
-// The next byte of the region as 0..255, or -1 (the end beneath, which ends
-// the region). Raises what the read raises.
+// The next byte of the region as 0..255, or -1 (the end beneath ends it).
 inline int readCountedByte(ZUMInputStream& from, int& left)
 {
     int c = from.read();

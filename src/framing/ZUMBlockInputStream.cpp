@@ -9,6 +9,15 @@ namespace {
 // reads return -1 until resetBlockSize() opens the next block.
 constexpr zum_detail::EndBeneath k_end_beneath = zum_detail::EndBeneath::k_ends_region;
 
+// Whether the block has bytes left; one used up ends here.
+bool hasBytes(int& left)
+{
+    if (left < 1) {
+        left = -1;
+    }
+    return left > 0;
+}
+
 }  // namespace
 
 ZUMBlockInputStream::ZUMBlockInputStream(int size)
@@ -57,29 +66,18 @@ int ZUMBlockInputStream::readFromBlock(char* buf, int count)
 
 int ZUMBlockInputStream::read(RVKByteBuffer& buffer, int count)
 {
-    if (m_current_block_bytes < 1) {
-        m_current_block_bytes = -1;
-        return -1;
-    }
-    return readFromBlock(buffer, count);
+    return hasBytes(m_current_block_bytes) ? readFromBlock(buffer, count) : -1;
 }
 
 int ZUMBlockInputStream::read(char* buf, int count)
 {
-    if (m_current_block_bytes < 1) {
-        m_current_block_bytes = -1;
-        return -1;
-    }
-    return readFromBlock(buf, count);
+    return hasBytes(m_current_block_bytes) ? readFromBlock(buf, count) : -1;
 }
 
 int ZUMBlockInputStream::read()
 {
-    if (m_current_block_bytes < 1) {
-        m_current_block_bytes = -1;
-        return -1;
-    }
-    return zum_detail::readCountedByte(*m_bis, m_current_block_bytes);
+    return hasBytes(m_current_block_bytes) ? zum_detail::readCountedByte(*m_bis, m_current_block_bytes)
+                                           : -1;
 }
 
 // ---- push-back and wrapping -------------------------------------------------
