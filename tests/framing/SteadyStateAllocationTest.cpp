@@ -68,3 +68,20 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
     EXPECT_TRUE(std::string(plain.data(), done) == content);
 }
+
+// The multi-member gzip stream, once its first member boundary has sized the
+// pushback area: members and the boundaries between them allocate nothing.
+TEST(SteadyStateAllocation, MultiMemberGzipReadsAllocateNothing)
+{
+    std::string const content = mixedData(100000, 17), member = zlibDeflate(content);
+    std::string const four = member + member + member + member;
+    ZUMMemoryInputStream mem(four.data(), static_cast<int>(four.size()));
+    ZUMMultiMemberGZIPInputStream gz(mem);
+    std::vector<char> plain(4 * content.size() + 1);
+    int const warm = static_cast<int>(content.size() + 1);  // into the second member
+    ASSERT_EQ(gz.readFully(plain.data(), warm), warm);
+    std::size_t before = allocationCount();
+    std::size_t done = readInto(gz, plain, 3000);
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_EQ(done, 3 * content.size() - 1);
+}
