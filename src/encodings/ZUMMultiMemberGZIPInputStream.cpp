@@ -38,7 +38,10 @@ public:
     // How the last upstream call of a read ended.
     enum Failure { NONE, TEXT, OTHER };
 
-    GzipSource() : m_pushback(0, k_request), m_pos(0), m_taken(0), m_upstream(nullptr),
+    // The pushback area gets its working size at once: it holds at most one
+    // refill of the decoder (handed back at the end of a member) or one
+    // request of peek() behind a byte, so it never grows while reading.
+    GzipSource() : m_pushback(k_request + 2, k_request), m_pos(0), m_taken(0), m_upstream(nullptr),
                    m_failure(NONE)
     {
     }
