@@ -135,8 +135,9 @@ TEST(MultiMemberGZIPInputStream, UpstreamExceptionsLeaveItReadable)
 }
 
 // unWrap hands back what was read ahead where the upstream can take it: the
-// garbage from its first byte that is not NUL, or the rest of a refill. A
-// stream wrapped again starts anew, its offsets from 0; misuse raises.
+// garbage from its first byte that is not NUL, or the rest of a refill; it
+// drops it otherwise. A stream wrapped again starts anew, its offsets from 0;
+// misuse raises.
 TEST(MultiMemberGZIPInputStream, UnwrapHandsBackReadAheadAndRestarts)
 {
     std::string const tail = "\0\0garbage"s;
@@ -169,4 +170,6 @@ TEST(MultiMemberGZIPInputStream, UnwrapHandsBackReadAheadAndRestarts)
     EXPECT_EQ(raised([&] { gz.read(nullptr, 1); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     EXPECT_THROW(gz.read(&c, -1), RVKAssertError);
     EXPECT_EQ(gz.canUnread(), 0);
+    EXPECT_EQ(raised([&] { gz.unWrap(); }), "none");  // the read-ahead is dropped
+    EXPECT_TRUE(plain.unreads.empty());
 }
