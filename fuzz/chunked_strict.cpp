@@ -79,7 +79,8 @@ private:
     {
         if (m_pos == m_s.size()) {
             throw Fault{ZUMMessage::CHUNKED_TRUNCATED, m_pos,
-                        m_pos == m_line ? "input ended before a chunk-size line" : "input ended inside a chunk-size line"};
+                        m_pos == m_line ? "input ended before a chunk-size line"
+                                        : "input ended inside a chunk-size line"};
         }
         if (m_pos == m_line + 4096) {
             throw Fault{ZUMMessage::CHUNKED_MALFORMED, m_pos, "chunk-size line longer than 4096 bytes"};

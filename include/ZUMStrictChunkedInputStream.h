@@ -22,19 +22,20 @@
 // most 4,096 bytes long. Chunks larger than an int are delivered in several
 // reads. No block read returns bytes of two chunks.
 //
-// Failures: framing that breaks these rules (a blank or a bare LF in a size
-// line, a size of 2^63 or more, an over-long size line, data not followed by
-// CR LF, an empty line where a size is due) raises ZUMIOException (severity
-// 1, code 0) with ZUMMessage::CHUNKED_MALFORMED; the end of the stream beneath
-// before the last chunk (inside a size line, inside chunk data, before the
-// CR LF after data) raises it with ZUMMessage::CHUNKED_TRUNCATED. A text
-// message follows the catalog message and says what and where, as a byte
-// offset counted from the first byte of the body, for instance "malformed
-// chunk-size line at byte 57"; what() shows both. The fault is found at the
-// first byte that cannot belong to a well-formed body; every data byte before
-// it has been delivered. Once raised, every later read raises the same fault
-// again. Failures of the stream beneath pass unchanged and leave the stream
-// where it was: a read after them goes on where it stopped.
+// Failures: framing that breaks these rules (an empty line where a size is
+// due, a bare LF, blanks before the CR LF, a size of 2^63 or more, an
+// over-long size line, data not followed by CR LF) raises ZUMIOException
+// (severity 1, code 0) with ZUMMessage::CHUNKED_MALFORMED; the end of the
+// stream beneath before the last chunk (inside a size line, inside chunk
+// data, before the CR LF after data) raises it with
+// ZUMMessage::CHUNKED_TRUNCATED. A text message follows the catalog message
+// and says what and where, as a byte offset counted from the first byte of
+// the body, for instance "malformed chunk-size line at byte 57"; what() shows
+// both. The fault is found at the first byte that cannot belong to a
+// well-formed body; every data byte before it has been delivered. Once
+// raised, every later read raises the same fault again. Failures of the
+// stream beneath pass unchanged and leave the stream where it was: a read
+// after them goes on where it stopped.
 //
 // Where the stream beneath stands: the stream ends after the CR LF of the
 // last chunk. The trailer section and the final empty line are not read;
