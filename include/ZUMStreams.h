@@ -39,6 +39,7 @@
 #include "ZUMOutputStreamBuf.h"
 #include "ZUMStdInputStream.h"
 #include "ZUMStdOutputStream.h"
+#include "ZUMStrictBase64InputStream.h"
 #include "ZUMStripLineBreaksInputStream.h"
 #include "ZUMXmlEncodeOutputStream.h"
 
