@@ -69,9 +69,9 @@ public:
     // Frees the buffer; the upstream is not touched.
     ~ZUMStrictBase64InputStream() override;
 
-    // Appends up to `count` decoded bytes to `buf` and returns their number,
-    // 0 for a count of 0 or less, or -1 at the end of the text. Raises as the
-    // array read does.
+    // Appends up to `count` decoded bytes to `buf` and returns their number
+    // (0 where the array read returns 0), or -1 at the end of the text, then
+    // appending nothing. Raises as the array read does.
     int read(RVKByteBuffer& buf, int count) override;
     // Copies up to `count` decoded bytes to `buf` and returns their number;
     // 0 for a count of 0 or less and when the upstream delivered 0; -1 at the
