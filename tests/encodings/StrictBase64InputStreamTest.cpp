@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "TestFiles.h"
 #include "TestStreams.h"
 
@@ -185,5 +187,18 @@ TEST(StrictBase64InputStream, ReadFormsUnwrapAndMisuse)
     EXPECT_EQ(b64.read(got, 5), -1);
     EXPECT_EQ(b64.read(got, 5), -1);
     EXPECT_EQ(good.counts.size(), 2u);  // not read again after the end
+
+    // read() gives up after 1000 reads of nothing; a text exception of the
+    // stream beneath becomes a ZUMIOException, and the text is read on after.
+    std::vector<ScriptStep> steps(1000, ScriptStep::zero());
+    steps.push_back(ScriptStep::throwText("cut"));
+    steps.push_back(ScriptStep::data("Zg=="));
+    ScriptedInputStream slow(steps);
+    b64.unWrap();
+    b64.wrap(slow);
+    EXPECT_EQ(b64.read(), -1);
+    EXPECT_EQ(raised([&] { errno = 4, b64.read(); }),
+              "ZUMIOException(1,4) #TEXT_ERROR 'cut' @ZUMStrictBase64InputStream::read");
+    EXPECT_EQ(b64.read(), 'f');
     EXPECT_EQ(str(got), ">abc");
 }
