@@ -12,6 +12,7 @@
 #include "ZUMGZIPInputStream.h"
 #include "ZUMIOException.h"
 #include "ZUMMessage.h"
+#include "ZUMReadSupport.h"
 
 namespace {
 
@@ -435,14 +436,8 @@ int ZUMMultiMemberGZIPInputStream::read(char* buf, int count)
 int ZUMMultiMemberGZIPInputStream::read(RVKByteBuffer& buf, int count)
 {
     RVK_ASSERT(count >= 0);
-    unsigned length = static_cast<unsigned>(buf.pcount());
-    buf.reserve(length + static_cast<unsigned>(count));
-    int n = read(buf.str() + length, count);
-    if (n > 0) {
-        buf.setLength(length + static_cast<unsigned>(n));
-        return n;
-    }
-    return -1;
+    return zum_detail::readInto(*this, buf, count,
+                                zum_detail::k_read_into_nothing_is_end | zum_detail::k_read_into_rollback);
 }
 
 int ZUMMultiMemberGZIPInputStream::read()

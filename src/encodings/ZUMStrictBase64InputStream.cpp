@@ -6,14 +6,12 @@
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "ZUMRaise.h"
+#include "ZUMReadSupport.h"
 
 namespace {
 
 // Bytes of text asked of the upstream at a time, and the size of the buffer.
 int const k_text_size = 16384;
-
-// Upstream reads of 0 bytes in a row after which read() gives up.
-int const k_max_empty_reads = 1000;
 
 enum : unsigned char { OTHER, ALPHABET, PAD, BLANK };
 
@@ -248,28 +246,12 @@ int ZUMStrictBase64InputStream::read(char* buf, int count)
 
 int ZUMStrictBase64InputStream::read(RVKByteBuffer& buf, int count)
 {
-    if (count <= 0) {
-        return read(static_cast<char*>(nullptr), 0);  // the unwrapped check, then 0
-    }
-    unsigned const length = static_cast<unsigned>(buf.pcount());
-    buf.reserve(length + static_cast<unsigned>(count));
-    int n = read(buf.str() + length, count);
-    if (n > 0) {
-        buf.setLength(length + static_cast<unsigned>(n));
-    }
-    return n;
+    return zum_detail::readInto(*this, buf, count);
 }
 
 int ZUMStrictBase64InputStream::read()
 {
-    char byte = 0;
-    for (int empty = 0; empty < k_max_empty_reads; ++empty) {
-        int n = read(&byte, 1);
-        if (n != 0) {
-            return n == 1 ? static_cast<unsigned char>(byte) : -1;
-        }
-    }
-    return -1;
+    return zum_detail::readByte(*this);
 }
 
 RVK_bool ZUMStrictBase64InputStream::canUnread()
