@@ -124,6 +124,42 @@ std::string const& gzipMember(std::size_t size)
     return cached(cache, size, [](std::size_t n) { return deflateGzip(wordText(n)); });
 }
 
+std::string const* realText()
+{
+    static std::string const* const text = [] () -> std::string const* {
+        char const* path = std::getenv("ZUM_BENCH_REAL_TEXT");
+        std::FILE* f = path && *path ? std::fopen(path, "rb") : nullptr;
+        if (!f) {
+            return nullptr;
+        }
+        auto* t = new std::string();
+        char buf[65536];
+        std::size_t n;
+        while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) {
+            t->append(buf, n);
+        }
+        std::fclose(f);
+        return t;
+    }();
+    return text;
+}
+
+namespace {
+std::int64_t g_output_size = -1;
+}  // namespace
+
+void reportOutputSize(std::int64_t bytes)
+{
+    g_output_size = bytes;
+}
+
+std::int64_t takeOutputSize()
+{
+    std::int64_t bytes = g_output_size;
+    g_output_size = -1;
+    return bytes;
+}
+
 std::string chunkedBody(std::string const& payload, std::size_t chunk)
 {
     std::string body;

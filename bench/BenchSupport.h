@@ -84,6 +84,11 @@ std::int64_t writePieces(Out& out, std::string const& data, int piece, SteadyAll
     return static_cast<std::int64_t>(data.size());
 }
 
+// The size of the output of the pass that ran last, for the passes that
+// compress: set by the pass, taken (and cleared to -1) by the benchmark.
+void reportOutputSize(std::int64_t bytes);
+std::int64_t takeOutputSize();
+
 // One pass of a scenario over its whole data: returns the number of bytes it
 // counts (its MB/s are those bytes over its CPU time). Our passes record their
 // steady-state allocations in the window they are given; the peers' ignore it.
@@ -95,6 +100,10 @@ using PassMaker = Pass (*)();
 // that XML escaping replaces; about 3.5:1 under deflate. Same bytes for the
 // same size.
 std::string const& wordText(std::size_t size);
+// Real text for the gzip benchmarks: the file named by the environment
+// variable ZUM_BENCH_REAL_TEXT (bench/compare makes it), read once; null when
+// there is none.
+std::string const* realText();
 // A gzip member (zlib, default level) of wordText(size).
 std::string const& gzipMember(std::size_t size);
 // `payload` in the chunked transfer coding: chunks of `chunk` bytes, the last

@@ -1,11 +1,14 @@
-// gunzip and gzip of 64 MiB: our chains (gunzip in the default build, with
-// zlib, and in the fast inflate build, with ISA-L), a plain zlib loop (the
-// limit of the default build), and the gzip filters of Boost.Iostreams and
-// Poco. Every read and write asks for 16 KiB; the peers get 16 KiB buffers
-// too.
+// gunzip and gzip: our chains (in the default build, with zlib, and in the
+// fast builds, with ISA-L), plain zlib loops (the limit of the default build;
+// for gzip at the default level and at level 1), and the gzip filters of
+// Boost.Iostreams and Poco, over 64 MiB of generated text and, for gzip, over
+// real text. Every read and write asks for 16 KiB; the peers get 16 KiB
+// buffers too.
 
 #include <zlib.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -15,6 +18,9 @@
 
 #ifdef ZUM_BENCH_FAST_INFLATE
 #include "GZIPInflaterComparison.h"  // newZlibGZIPInputStream()
+#endif
+#ifdef ZUM_BENCH_FAST_DEFLATE
+#include "ZlibGZIPOutputStream.h"
 #endif
 
 #ifdef ZUM_BENCH_BOOST
@@ -163,67 +169,262 @@ Pass gunzipZlib()
     };
 }
 
-// gzip -> chunked (16 KiB chunks) -> buffered (16 KiB) -> memory: the typical
-// request's body, written.
-Pass gzipChain()
+namespace {
+
+// A gzip output stream of one build: a new, unwrapped one, and its finish().
+struct GzipMaker {
+    std::unique_ptr<ZUMFilterOutputStream> (*make)();
+    void (*finish)(ZUMFilterOutputStream&);
+};
+
+std::unique_ptr<ZUMFilterOutputStream> libraryGzip()
 {
-    std::string const* text = &wordText(kGzipData);
+    return std::make_unique<ZUMGZIPOutputStream>();
+}
+
+void libraryGzipFinish(ZUMFilterOutputStream& gzip)
+{
+    static_cast<ZUMGZIPOutputStream&>(gzip).finish();
+}
+
+#ifdef ZUM_BENCH_FAST_DEFLATE
+// The library is the fast deflate build; the default build's stream (zlib)
+// is compiled into this program from the same source.
+std::unique_ptr<ZUMFilterOutputStream> zlibGzip()
+{
+    return std::unique_ptr<ZUMFilterOutputStream>(newZlibGZIPOutputStream());
+}
+GzipMaker const k_zlib_gzip = {zlibGzip, finishZlibGZIPOutputStream};
+GzipMaker const k_fast_gzip = {libraryGzip, libraryGzipFinish};
+#else
+GzipMaker const k_zlib_gzip = {libraryGzip, libraryGzipFinish};
+GzipMaker const k_fast_gzip = {nullptr, nullptr};
+#endif
+
+std::string const* generatedText()
+{
+    return &wordText(kGzipData);
+}
+
+// The bytes of the chunk data of a chunked body (the gzip member inside it),
+// found by walking its size lines; `body` ends with a NUL byte.
+std::int64_t chunkedPayloadSize(char const* body, std::size_t length)
+{
+    std::int64_t total = 0;
+    std::size_t at = 0;
+    while (at < length) {
+        char* end = nullptr;
+        unsigned long n = std::strtoul(body + at, &end, 16);
+        if (n == 0) {
+            break;
+        }
+        total += static_cast<std::int64_t>(n);
+        at = static_cast<std::size_t>(end - body) + 2 + n + 2;
+    }
+    return total;
+}
+
+// gzip -> chunked (16 KiB chunks) -> buffered (16 KiB) -> memory: the typical
+// request's body, written. The output size is that of the gzip member.
+Pass gzipChainOf(GzipMaker gzip, std::string const* text)
+{
+    if (!gzip.make || !text) {
+        return nullptr;
+    }
     auto sink = std::make_shared<ZUMMemoryOutputStream>(static_cast<int>(text->size()), kBlock);
-    return [text, sink](SteadyAllocations& allocs) {
+    return [text, sink, gzip](SteadyAllocations& allocs) {
         sink->reset();
         ZUMBufferedOutputStream bos(*sink, kBlock);
         ZUMChunkedOutputStream chunked(bos, kBlock);
-        ZUMGZIPOutputStream gzip(chunked);
-        return writePieces(gzip, *text, kBlock, allocs, [&] {
-            gzip.finish();
+        std::unique_ptr<ZUMFilterOutputStream> gz = gzip.make();
+        gz->wrap(chunked);
+        std::int64_t n = writePieces(*gz, *text, kBlock, allocs, [&] {
+            gzip.finish(*gz);
             chunked.close();
             bos.flush();
         });
+        reportOutputSize(chunkedPayloadSize(sink->bytes(), static_cast<std::size_t>(sink->length())));
+        return n;
     };
 }
 
 // gzip -> memory.
-Pass gzipMemory()
+Pass gzipMemoryOf(GzipMaker gzip, std::string const* text)
 {
-    std::string const* text = &wordText(kGzipData);
+    if (!gzip.make || !text) {
+        return nullptr;
+    }
     auto sink = std::make_shared<ZUMMemoryOutputStream>(static_cast<int>(text->size()), kBlock);
-    return [text, sink](SteadyAllocations& allocs) {
+    return [text, sink, gzip](SteadyAllocations& allocs) {
         sink->reset();
-        ZUMGZIPOutputStream gzip(*sink);
-        return writePieces(gzip, *text, kBlock, allocs, [&] { gzip.finish(); });
+        std::unique_ptr<ZUMFilterOutputStream> gz = gzip.make();
+        gz->wrap(*sink);
+        std::int64_t n = writePieces(*gz, *text, kBlock, allocs, [&] { gzip.finish(*gz); });
+        reportOutputSize(sink->length());
+        return n;
     };
 }
 
-// zlib's own gzip encoding at the default level, input in 16 KiB pieces,
-// output 16 KiB at a time appended to memory.
-Pass gzipZlib()
+// zlib's own gzip encoding at `level`, input in 16 KiB pieces, output 16 KiB
+// at a time appended to memory.
+Pass gzipZlibOf(int level, std::string const* text)
 {
-    std::string const* text = &wordText(kGzipData);
+    if (!text) {
+        return nullptr;
+    }
     auto sink = std::make_shared<std::vector<char>>();
     sink->reserve(text->size());
     auto out = std::make_shared<std::vector<unsigned char>>(kBlock);
-    return [text, sink, out](SteadyAllocations&) {
+    return [text, sink, out, level](SteadyAllocations&) {
         sink->clear();
         z_stream z{};
-        if (deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) !=
-            Z_OK) {
+        if (deflateInit2(&z, level, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
             throw std::runtime_error("deflateInit2");
         }
         for (std::size_t at = 0; at <= text->size(); at += kBlock) {
-            bool last = at == text->size();
+            bool last = at >= text->size();
+            std::size_t piece = last ? 0 : std::min<std::size_t>(kBlock, text->size() - at);
             z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text->data() + at));
-            z.avail_in = last ? 0 : kBlock;
+            z.avail_in = static_cast<uInt>(piece);
+            bool finish = last || at + piece == text->size();
             int status;
             do {
                 z.next_out = out->data();
                 z.avail_out = kBlock;
-                status = deflate(&z, last ? Z_FINISH : Z_NO_FLUSH);
+                status = deflate(&z, finish ? Z_FINISH : Z_NO_FLUSH);
                 sink->insert(sink->end(), out->data(), out->data() + (kBlock - z.avail_out));
-            } while (z.avail_out == 0 || (last && status != Z_STREAM_END));
+            } while (z.avail_out == 0 || (finish && status != Z_STREAM_END));
+            if (finish) {
+                break;
+            }
         }
         deflateEnd(&z);
+        reportOutputSize(static_cast<std::int64_t>(sink->size()));
         return static_cast<std::int64_t>(text->size());
     };
+}
+
+#ifdef ZUM_BENCH_BOOST
+Pass gzipBoostOf(std::string const* text)
+{
+    if (!text) {
+        return nullptr;
+    }
+    namespace io = boost::iostreams;
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(text->size());
+    return [text, sink](SteadyAllocations& ignored) {
+        sink->clear();
+        io::filtering_ostream out;
+        out.push(io::gzip_compressor(io::gzip_params(io::gzip::default_compression), kBlock),
+                 kBlock);
+        out.push(io::back_inserter(*sink), kBlock);
+        std::int64_t n = writePieces(out, *text, kBlock, ignored, [&] { out.reset(); });  // reset completes the member
+        reportOutputSize(static_cast<std::int64_t>(sink->size()));
+        return n;
+    };
+}
+#else
+Pass gzipBoostOf(std::string const*)
+{
+    return nullptr;
+}
+#endif
+
+#ifdef ZUM_BENCH_POCO
+Pass gzipPocoOf(std::string const* text)
+{
+    if (!text) {
+        return nullptr;
+    }
+    auto sink = std::make_shared<std::vector<char>>();
+    sink->reserve(text->size());
+    return [text, sink](SteadyAllocations& ignored) {
+        sink->clear();
+        VectorSinkBuf buf(*sink);
+        std::ostream os(&buf);
+        Poco::DeflatingOutputStream out(os, Poco::DeflatingStreamBuf::STREAM_GZIP,
+                                        Z_DEFAULT_COMPRESSION);
+        std::int64_t n = writePieces(out, *text, kBlock, ignored, [&] { out.close(); });
+        reportOutputSize(static_cast<std::int64_t>(sink->size()));
+        return n;
+    };
+}
+#else
+Pass gzipPocoOf(std::string const*)
+{
+    return nullptr;
+}
+#endif
+
+}  // namespace
+
+// gzip of the generated text: the default build (zlib) and its peers.
+Pass gzipChain()
+{
+    return gzipChainOf(k_zlib_gzip, generatedText());
+}
+
+Pass gzipMemory()
+{
+    return gzipMemoryOf(k_zlib_gzip, generatedText());
+}
+
+Pass gzipZlib()
+{
+    return gzipZlibOf(Z_DEFAULT_COMPRESSION, generatedText());
+}
+
+Pass gzipZlibLevel1()
+{
+    return gzipZlibOf(1, generatedText());
+}
+
+Pass gzipBoost()
+{
+    return gzipBoostOf(generatedText());
+}
+
+Pass gzipPoco()
+{
+    return gzipPocoOf(generatedText());
+}
+
+// The fast deflate build (ISA-L); none where this program was built without it.
+Pass gzipChainFast()
+{
+    return gzipChainOf(k_fast_gzip, generatedText());
+}
+
+// The same on the real text; none without it.
+Pass gzipChainReal()
+{
+    return gzipChainOf(k_zlib_gzip, realText());
+}
+
+Pass gzipChainFastReal()
+{
+    return gzipChainOf(k_fast_gzip, realText());
+}
+
+Pass gzipZlibReal()
+{
+    return gzipZlibOf(Z_DEFAULT_COMPRESSION, realText());
+}
+
+Pass gzipZlibLevel1Real()
+{
+    return gzipZlibOf(1, realText());
+}
+
+Pass gzipBoostReal()
+{
+    return gzipBoostOf(realText());
+}
+
+Pass gzipPocoReal()
+{
+    return gzipPocoOf(realText());
 }
 
 #ifdef ZUM_BENCH_BOOST
@@ -240,27 +441,8 @@ Pass gunzipBoost()
     };
 }
 
-Pass gzipBoost()
-{
-    namespace io = boost::iostreams;
-    std::string const* text = &wordText(kGzipData);
-    auto sink = std::make_shared<std::vector<char>>();
-    sink->reserve(text->size());
-    return [text, sink](SteadyAllocations& ignored) {
-        sink->clear();
-        io::filtering_ostream out;
-        out.push(io::gzip_compressor(io::gzip_params(io::gzip::default_compression), kBlock),
-                 kBlock);
-        out.push(io::back_inserter(*sink), kBlock);
-        return writePieces(out, *text, kBlock, ignored, [&] { out.reset(); });  // reset completes the member
-    };
-}
 #else
 Pass gunzipBoost()
-{
-    return nullptr;
-}
-Pass gzipBoost()
 {
     return nullptr;
 }
@@ -278,26 +460,8 @@ Pass gunzipPoco()
     };
 }
 
-Pass gzipPoco()
-{
-    std::string const* text = &wordText(kGzipData);
-    auto sink = std::make_shared<std::vector<char>>();
-    sink->reserve(text->size());
-    return [text, sink](SteadyAllocations& ignored) {
-        sink->clear();
-        VectorSinkBuf buf(*sink);
-        std::ostream os(&buf);
-        Poco::DeflatingOutputStream out(os, Poco::DeflatingStreamBuf::STREAM_GZIP,
-                                        Z_DEFAULT_COMPRESSION);
-        return writePieces(out, *text, kBlock, ignored, [&] { out.close(); });
-    };
-}
 #else
 Pass gunzipPoco()
-{
-    return nullptr;
-}
-Pass gzipPoco()
 {
     return nullptr;
 }

@@ -29,6 +29,14 @@ Pass gzipMemory();
 Pass gzipZlib();
 Pass gzipBoost();
 Pass gzipPoco();
+Pass gzipZlibLevel1();
+Pass gzipChainFast();
+Pass gzipChainReal();
+Pass gzipChainFastReal();
+Pass gzipZlibReal();
+Pass gzipZlibLevel1Real();
+Pass gzipBoostReal();
+Pass gzipPocoReal();
 Pass base64CoreEncode();
 Pass base64CoreDecodeN();
 Pass base64CoreDecode();
@@ -67,12 +75,18 @@ struct Row {
     double min_ratio;        // 0: none; ours/peer at least this
     double min_mbs;          // 0: none
     bool ahead = false;      // ours/peer above 1
+    double max_out = 0;      // 0: none; our output at most this times the peer's
+    bool smaller = false;    // our output below the peer's
 };
 
 char const k_gunzip[] = "gunzip 64 MiB: memory > buffered > chunked > gzip";
 char const k_gunzip_fast[] =
     "gunzip 64 MiB: memory > buffered > chunked > gzip, fast inflate build (ISA-L)";
 char const k_gzip[] = "gzip 64 MiB: gzip > chunked > buffered > memory";
+char const k_gzip_fast[] =
+    "gzip 64 MiB: gzip > chunked > buffered > memory, fast deflate build (ISA-L)";
+char const k_gzip_fast_real[] =
+    "gzip real text: gzip > chunked > buffered > memory, fast deflate build (ISA-L)";
 
 Row const k_rows[] = {
     {"gunzip/chain-vs-zlib", k_gunzip, gunzipChain, "zlib inflate loop (limit)", gunzipZlib, 0.95, 0},
@@ -99,6 +113,26 @@ Row const k_rows[] = {
     {"gzip/chain-vs-poco", k_gzip, gzipChain, "Poco DeflatingOutputStream", gzipPoco, 0, 0, true},
     {"gzip/memory-vs-zlib", "gzip 64 MiB: gzip > memory", gzipMemory, "zlib deflate loop (limit)",
      gzipZlib, 0, 0},
+    {"gzip/fast-chain-vs-zlib", k_gzip_fast, gzipChainFast, "zlib deflate loop, default level",
+     gzipZlib, 0, 0},
+    {"gzip/fast-chain-vs-zlib1", k_gzip_fast, gzipChainFast, "zlib deflate loop, level 1",
+     gzipZlibLevel1, 0, 0},
+    {"gzip/fast-chain-vs-boost", k_gzip_fast, gzipChainFast, "Boost gzip_compressor", gzipBoost, 0,
+     0},
+    {"gzip/fast-chain-vs-poco", k_gzip_fast, gzipChainFast, "Poco DeflatingOutputStream", gzipPoco,
+     0, 0},
+    {"gzip/fast-chain-vs-chain", k_gzip_fast, gzipChainFast, "our chain, default build (zlib)",
+     gzipChain, 0, 0},
+    {"gzip/real-fast-chain-vs-zlib", k_gzip_fast_real, gzipChainFastReal,
+     "zlib deflate loop, default level", gzipZlibReal, 6.0, 0, false, 1.2},
+    {"gzip/real-fast-chain-vs-zlib1", k_gzip_fast_real, gzipChainFastReal,
+     "zlib deflate loop, level 1", gzipZlibLevel1Real, 1.5, 0, false, 0, true},
+    {"gzip/real-fast-chain-vs-boost", k_gzip_fast_real, gzipChainFastReal, "Boost gzip_compressor",
+     gzipBoostReal, 0, 0, true},
+    {"gzip/real-fast-chain-vs-poco", k_gzip_fast_real, gzipChainFastReal,
+     "Poco DeflatingOutputStream", gzipPocoReal, 0, 0, true},
+    {"gzip/real-fast-chain-vs-chain", k_gzip_fast_real, gzipChainFastReal,
+     "our chain, default build (zlib)", gzipChainReal, 0, 0},
     {"base64/core-encode", "Base64 core encode, 1 MiB (raw bytes in)", base64CoreEncode, nullptr,
      nullptr, 0, 2000},
     {"base64/core-decodeN", "Base64 core decode, 1.4 MB, length given (text in)",
@@ -196,6 +230,7 @@ void runRow(benchmark::State& state, Row const* row)
     std::int64_t ours_bytes = 0;
     std::int64_t peer_bytes = 0;
     std::vector<double> ratios;
+    std::int64_t out[2] = {-1, -1};  // output sizes of the last passes: ours, peer
     bool ours_first = true;
     for (auto _ : state) {
         double dt[2] = {0, 0};  // ours, peer
@@ -205,9 +240,11 @@ void runRow(benchmark::State& state, Row const* row)
             if (side == 1 && !peer) {
                 continue;
             }
+            takeOutputSize();
             double t0 = threadSeconds();
             bytes[side] = side == 0 ? ours(allocs) : peer(unused);
             dt[side] = threadSeconds() - t0;
+            out[side] = takeOutputSize();
         }
         ours_seconds += dt[0];
         ours_bytes += bytes[0];
@@ -224,6 +261,12 @@ void runRow(benchmark::State& state, Row const* row)
         state.counters["peer_MB/s"] = static_cast<double>(peer_bytes) / peer_seconds / 1e6;
         state.counters["ratio"] = median(ratios);
     }
+    if (out[0] >= 0) {
+        state.counters["ours_out"] = static_cast<double>(out[0]);
+    }
+    if (peer && out[1] >= 0) {
+        state.counters["peer_out"] = static_cast<double>(out[1]);
+    }
     allocs.report(state);
 }
 
@@ -232,6 +275,8 @@ struct Figures {
     double peer = NAN;
     double ratio = NAN;
     double allocs = NAN;
+    double ours_out = NAN;
+    double peer_out = NAN;
     bool median = false;
 };
 
@@ -259,6 +304,8 @@ public:
             f.peer = counter(run, "peer_MB/s");
             f.ratio = counter(run, "ratio");
             f.allocs = counter(run, "allocs/call");
+            f.ours_out = counter(run, "ours_out");
+            f.peer_out = counter(run, "peer_out");
         }
     }
 
@@ -266,8 +313,8 @@ public:
     {
         ConsoleReporter::Finalize();
         std::printf("\n| scenario | ours MB/s | peer | peer MB/s | ours/peer | target | met | "
-                    "allocs/call (ours) |\n");
-        std::printf("|---|---:|---|---:|---:|---|---|---:|\n");
+                    "allocs/call (ours) | ours out (bytes) | peer out (bytes) |\n");
+        std::printf("|---|---:|---|---:|---:|---|---|---:|---:|---:|\n");
         for (Row const& row : k_rows) {
             printRow(row);
         }
@@ -305,21 +352,32 @@ private:
         if (row.ahead) {
             target += (target.empty() ? "" : ", ") + std::string("ahead of peer");
         }
+        if (row.max_out > 0) {
+            target += (target.empty() ? "" : ", ") + format("out <= %.2gx peer's", row.max_out);
+        }
+        if (row.smaller) {
+            target += (target.empty() ? "" : ", ") + std::string("out < peer's");
+        }
         bool needs_ratio = row.min_ratio > 0 || row.ahead;
+        bool needs_out = row.max_out > 0 || row.smaller;
         std::string met;
         if (target.empty()) {
             target = "reported";
         } else {
-            bool known = !std::isnan(f.ours) && (!needs_ratio || !std::isnan(f.ratio));
+            bool known = !std::isnan(f.ours) && (!needs_ratio || !std::isnan(f.ratio)) &&
+                         (!needs_out || (!std::isnan(f.ours_out) && !std::isnan(f.peer_out)));
             bool ok = known && (row.min_mbs <= 0 || f.ours >= row.min_mbs) &&
                       (row.min_ratio <= 0 || f.ratio >= row.min_ratio) &&
-                      (!row.ahead || f.ratio > 1.0);
+                      (!row.ahead || f.ratio > 1.0) &&
+                      (row.max_out <= 0 || f.ours_out <= row.max_out * f.peer_out) &&
+                      (!row.smaller || f.ours_out < f.peer_out);
             met = known ? (ok ? "yes" : "NO") : "n/a";
         }
-        std::printf("| %s | %s | %s | %s | %s | %s | %s | %s |\n", row.scenario,
+        std::printf("| %s | %s | %s | %s | %s | %s | %s | %s | %s | %s |\n", row.scenario,
                     format("%.0f", f.ours).c_str(), row.peer_label ? row.peer_label : "",
                     format("%.0f", f.peer).c_str(), format("%.3f", f.ratio).c_str(),
-                    target.c_str(), met.c_str(), format("%g", f.allocs).c_str());
+                    target.c_str(), met.c_str(), format("%g", f.allocs).c_str(),
+                    format("%.0f", f.ours_out).c_str(), format("%.0f", f.peer_out).c_str());
     }
 
     std::map<std::string, Figures> m_figures;

@@ -20,6 +20,18 @@ struct z_stream_s;
 // bytes each, least significant first, one write each) and flushes the
 // downstream. A stream that is never written to writes nothing at all.
 //
+// A library built with ZUM_FAST_DEFLATE (x86-64) compresses with ISA-L's
+// streaming deflate (raw deflate, 32 KB window, ISA-L's level 2) and computes
+// the CRC-32 with ISA-L instead: other deflate data (larger than zlib's at
+// the default level, see the README), with the same header, trailer, writes
+// to the downstream, states, failures and class layout. ISA-L has no statuses
+// of zlib's: the stream gives the ones zlib would (0, 1 at the end of the
+// data, -5 when no progress is possible); do_flush() takes zlib's flush
+// values (1, 2 and 5 make a sync flush, 3 a full flush, 4 finishes) and
+// returns -2 for other values, as zlib does, and for any failure of ISA-L's
+// own. Its state (about 410 KB, the level's work buffer included) is
+// allocated with the record at the first write, once.
+//
 // flush() and close() are the empty defaults: they push out no compressed
 // data and do not end the member. unWrap() detaches without finishing; a
 // later wrap() continues the same member on the new downstream.

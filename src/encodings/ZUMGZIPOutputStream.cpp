@@ -1,14 +1,30 @@
 #include "ZUMGZIPOutputStream.h"
 
-#include <zlib.h>
-
 #include "RVKIllegalStateError.h"
 #include "RVKMacros.h"
 #include "RVKOutOfMemoryError.h"
 #include "RVKUnexpectedError.h"
 #include "ZUMRaise.h"
 
+// The raw deflate compressor and CRC-32: zlib's, or ISA-L's in the fast
+// deflate build (ZUM_FAST_DEFLATE). Both keep zlib's statuses in m_err.
+#if ZUM_FAST_DEFLATE
+#include "ZUMGZIPIsalDeflater.h"
+#else
+#include "ZUMGZIPZlibDeflater.h"
+#endif
+
 namespace {
+
+using deflater::Record;
+
+// Compressor statuses and flush values (zlib's).
+int const k_ok = 0;
+int const k_stream_end = 1;
+int const k_mem_error = -4;
+int const k_buf_error = -5;
+int const k_no_flush = 0;
+int const k_finish = 4;
 
 char const k_write_method[] = "void ZUMGZIPOutputStream::write( const char *bytes, int count )";
 char const k_finish_method[] = "ZUMGZIPOutputStream::finish";
@@ -43,9 +59,9 @@ ZUMGZIPOutputStream::~ZUMGZIPOutputStream()
             // A destructor cannot report; the member stays incomplete.
         }
         if (m_deflating) {
-            deflateEnd(m_state);
+            deflater::end(deflater::record(m_state));
         }
-        delete m_state;
+        deflater::destroy(deflater::record(m_state));
     }
     delete[] m_outbuf;
 }
@@ -53,35 +69,29 @@ ZUMGZIPOutputStream::~ZUMGZIPOutputStream()
 void ZUMGZIPOutputStream::openMember()
 {
     if (!m_state) {
-        m_state = RVK_GUARDED_NEW(new z_stream());
+        m_state = deflater::handle(RVK_GUARDED_NEW(deflater::create()));
     }
     if (!m_outbuf) {
         m_outbuf = RVK_GUARDED_NEW(new char[k_outbuf_size]);
     }
+    Record* r = deflater::record(m_state);
     if (m_deflating) {  // left over from an opening whose header write failed
-        deflateEnd(m_state);
+        deflater::end(r);
         m_deflating = 0;
     }
-    m_state->zalloc = Z_NULL;
-    m_state->zfree = Z_NULL;
-    m_state->opaque = Z_NULL;
-    m_state->next_in = Z_NULL;
-    m_state->avail_in = 0;
-    m_state->next_out = reinterpret_cast<Bytef*>(m_outbuf);
-    m_state->avail_out = 0;
-    m_err = Z_OK;
-    m_crc = static_cast<std::uint32_t>(crc32(0L, Z_NULL, 0));
+    deflater::prepare(r, reinterpret_cast<unsigned char*>(m_outbuf));
+    m_err = k_ok;
+    m_crc = deflater::crc(0, nullptr, 0);
 
-    m_err = deflateInit2_(m_state, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY,
-                          "1.2.3", static_cast<int>(sizeof(z_stream)));
-    if (m_err == Z_MEM_ERROR) {
+    m_err = deflater::begin(r);
+    if (m_err == k_mem_error) {
         RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_write_method);
     }
-    if (m_err != Z_OK) {
+    if (m_err != k_ok) {
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_write_method);
     }
     m_deflating = 1;
-    m_state->avail_out = k_outbuf_size;
+    r->avail_out = k_outbuf_size;
     ZUM_CONVERT_TEXT(k_write_method,
                      p_downstream->write(reinterpret_cast<char const*>(hdr), static_cast<int>(sizeof hdr)));
     m_header_written = 1;
@@ -97,23 +107,22 @@ void ZUMGZIPOutputStream::write(char const* bytes, int count)
     if (!m_header_written) {
         openMember();
     }
-    // zlib does not write through next_in; its type lacks the const.
-    m_state->next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));
-    m_state->avail_in = static_cast<uInt>(count);
-    while (m_state->avail_in > 0) {
-        if (m_state->avail_out == 0) {
-            m_state->next_out = reinterpret_cast<Bytef*>(m_outbuf);
+    Record* r = deflater::record(m_state);
+    deflater::input(r, bytes, count);
+    while (r->avail_in > 0) {
+        if (r->avail_out == 0) {
+            r->next_out = reinterpret_cast<unsigned char*>(m_outbuf);
             ZUM_CONVERT_TEXT(k_write_method, p_downstream->write(m_outbuf, k_outbuf_size));
-            m_state->avail_out = k_outbuf_size;
+            r->avail_out = k_outbuf_size;
         }
-        m_err = deflate(m_state, Z_NO_FLUSH);
-        if (m_err != Z_OK) {
+        m_err = deflater::step(r, k_no_flush);
+        if (m_err != k_ok) {
             RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_write_method);
         }
     }
     if (count > 0) {
-        m_crc = static_cast<std::uint32_t>(
-            crc32(m_crc, reinterpret_cast<Bytef const*>(bytes), static_cast<uInt>(count)));
+        m_crc = deflater::crc(m_crc, reinterpret_cast<unsigned char const*>(bytes),
+                              static_cast<std::size_t>(count));
     }
 }
 
@@ -122,19 +131,20 @@ void ZUMGZIPOutputStream::finish()
     if (!p_downstream || !m_header_written) {
         return;
     }
-    m_err = do_flush(Z_FINISH);
-    if (m_err == Z_MEM_ERROR) {
+    m_err = do_flush(k_finish);
+    if (m_err == k_mem_error) {
         RVK_THROW(RVKOutOfMemoryError(0, nullptr), k_finish_method);
     }
-    if (m_err != Z_OK) {
+    if (m_err != k_ok) {
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_finish_method);
     }
+    Record* r = deflater::record(m_state);
     ZUM_CONVERT_TEXT(k_finish_method, {
         writeInt32(m_crc);
-        writeInt32(m_state->total_in);
+        writeInt32(r->total_in);
         p_downstream->flush();
     });
-    deflateEnd(m_state);
+    deflater::end(r);
     m_deflating = 0;
     m_finished = 1;
     m_header_written = 0;
@@ -144,30 +154,31 @@ int ZUMGZIPOutputStream::do_flush(int flush)
 {
     RVK_ASSERT(m_state);
     RVK_ASSERT(p_downstream);
-    m_state->avail_in = 0;
+    Record* r = deflater::record(m_state);
+    r->avail_in = 0;
     bool done = false;
-    int status = Z_OK;
+    int status = k_ok;
     for (;;) {
-        unsigned len = k_outbuf_size - m_state->avail_out;
+        unsigned len = k_outbuf_size - r->avail_out;
         if (len != 0) {
             ZUM_CONVERT_TEXT(k_do_flush_method,
                              p_downstream->write(m_outbuf, static_cast<int>(len)));
-            m_state->next_out = reinterpret_cast<Bytef*>(m_outbuf);
-            m_state->avail_out = k_outbuf_size;
+            r->next_out = reinterpret_cast<unsigned char*>(m_outbuf);
+            r->avail_out = k_outbuf_size;
         }
         if (done) {
             break;
         }
-        status = deflate(m_state, flush);
-        if (len == 0 && status == Z_BUF_ERROR) {
-            status = Z_OK;  // nothing was left to flush
+        status = deflater::step(r, flush);
+        if (len == 0 && status == k_buf_error) {
+            status = k_ok;  // nothing was left to flush
         }
-        done = m_state->avail_out != 0 || status == Z_STREAM_END;
-        if (status != Z_OK && status != Z_STREAM_END) {
+        done = r->avail_out != 0 || status == k_stream_end;
+        if (status != k_ok && status != k_stream_end) {
             break;
         }
     }
-    return status == Z_STREAM_END ? Z_OK : status;
+    return status == k_stream_end ? k_ok : status;
 }
 
 void ZUMGZIPOutputStream::writeInt32(unsigned long value)

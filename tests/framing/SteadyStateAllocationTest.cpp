@@ -76,6 +76,19 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     std::size_t const done = readInto(gz, plain, 5000);
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
     EXPECT_TRUE(std::string(plain.data(), done) == content);
+
+    // gzip output after the first write, also for the next member.
+    ZUMMemoryOutputStream sink(static_cast<int>(4 * member.size() + 65536), 4096);
+    ZUMGZIPOutputStream gzip_out(sink);
+    std::string const rest = content.substr(1000);
+    std::vector<std::size_t> const pieces_3000 = {3000}, pieces_5000 = {5000};
+    gzip_out.write(content.data(), 1000);
+    before = allocationCount();
+    writeInPieces(gzip_out, rest, pieces_3000);
+    gzip_out.finish();
+    writeInPieces(gzip_out, content, pieces_5000);
+    gzip_out.finish();
+    EXPECT_EQ(allocationCount() - before, 0u) << "gzip output";
 }
 
 // The multi-member gzip stream after its first read: members and the

@@ -126,4 +126,30 @@ inline std::string zlibDeflate(std::string const& content, int window_bits = 31)
     return out;
 }
 
+// zlib's inflate over all of `data`, with the given window bits (-15: raw
+// deflate, 31: one gzip member, trailer checked); a text that says so when
+// the data is not exactly one complete deflate stream or member.
+inline std::string zlibInflate(std::string const& data, int window_bits = 31)
+{
+    z_stream z{};
+    inflateInit2(&z, window_bits);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+    z.avail_in = static_cast<uInt>(data.size());
+    std::string out;
+    char buf[16384];
+    int status = Z_OK;
+    while (status == Z_OK) {
+        z.next_out = reinterpret_cast<Bytef*>(buf);
+        z.avail_out = sizeof buf;
+        status = inflate(&z, Z_NO_FLUSH);
+        out.append(buf, sizeof buf - z.avail_out);
+    }
+    inflateEnd(&z);
+    if (status != Z_STREAM_END || z.avail_in != 0) {
+        return "zlib inflate: status " + std::to_string(status) + ", " + std::to_string(z.avail_in) +
+               " bytes left";
+    }
+    return out;
+}
+
 #endif
