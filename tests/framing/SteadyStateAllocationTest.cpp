@@ -69,7 +69,7 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     ZUMGZIPInputStream gz(gz_first);
     std::vector<char> plain(content.size() + 1);
     ASSERT_EQ(gz.read(plain.data(), 1), 1);
-    std::size_t const before = allocationCount();
+    std::size_t before = allocationCount();
     EXPECT_EQ(readInto(gz, plain, 3000), content.size() - 1);
     gz.unWrap();
     gz.wrap(gz_second);
