@@ -41,6 +41,12 @@ std::unique_ptr<ZUMFilterInputStream> libraryGunzip()
     return std::make_unique<ZUMGZIPInputStream>();
 }
 
+// A new, unwrapped multi-member gzip input stream.
+std::unique_ptr<ZUMFilterInputStream> libraryMultiGunzip()
+{
+    return std::make_unique<ZUMMultiMemberGZIPInputStream>();
+}
+
 #ifdef ZUM_BENCH_FAST_INFLATE
 // The library is the fast inflate build; the default build's stream (zlib)
 // is compiled into this program from the same source.
@@ -101,6 +107,12 @@ Pass gunzipChain()
 Pass gunzipMemory()
 {
     return gunzipMemoryOf(k_zlib_build);
+}
+
+// The multi-member stream in the same chain, over the same single member.
+Pass gunzipChainMulti()
+{
+    return gunzipChainOf(libraryMultiGunzip);
 }
 
 // The fast inflate build (ISA-L); none where this program was built without it.

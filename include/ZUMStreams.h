@@ -35,6 +35,7 @@
 #include "ZUMMemoryInputStream.h"
 #include "ZUMMemoryOutputStream.h"
 #include "ZUMMessage.h"
+#include "ZUMMultiMemberGZIPInputStream.h"
 #include "ZUMOutputStream.h"
 #include "ZUMOutputStreamBuf.h"
 #include "ZUMStdInputStream.h"

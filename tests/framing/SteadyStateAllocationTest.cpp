@@ -68,3 +68,19 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
     EXPECT_TRUE(std::string(plain.data(), done) == content);
 }
+
+// The multi-member gzip stream after its first read: members and the
+// boundaries between them allocate nothing.
+TEST(SteadyStateAllocation, MultiMemberGzipReadsAllocateNothing)
+{
+    std::string const content = mixedData(100000, 17), member = zlibDeflate(content);
+    std::string const three = member + member + member;
+    ZUMMemoryInputStream mem(three.data(), static_cast<int>(three.size()));
+    ZUMMultiMemberGZIPInputStream gz(mem);
+    std::vector<char> plain(3 * content.size() + 1);
+    ASSERT_EQ(gz.read(plain.data(), 1), 1);
+    std::size_t before = allocationCount();
+    std::size_t done = readInto(gz, plain, 3000);
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_EQ(done, 3 * content.size() - 1);
+}
