@@ -145,6 +145,18 @@ Pass chunkedOurs()
     };
 }
 
+// The same through the strict chunked stream.
+Pass strictChunkedOurs()
+{
+    auto body = std::make_shared<std::string>(chunkedBody(wordText(kPayload), kBlock));
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [body, buf](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(body->data(), static_cast<int>(body->size()));
+        ZUMStrictChunkedInputStream chunked(raw, kBlock);
+        return drainBlocks(chunked, buf->data(), allocs);
+    };
+}
+
 // memory -> buffered (16 KiB), 16 KiB block reads of the same payload.
 Pass bufferedOurs()
 {

@@ -41,6 +41,7 @@ Pass readlineGetline();
 Pass readByteOurs();
 Pass readByteIstream();
 Pass chunkedOurs();
+Pass strictChunkedOurs();
 Pass bufferedOurs();
 Pass blockOurs();
 Pass fileInput();
@@ -111,6 +112,8 @@ Row const k_rows[] = {
      "istream::get on istringstream", readByteIstream, 0, 300},
     {"chunked/vs-buffered", "chunked, 16 KiB chunks, 16 KiB reads, 16 MiB", chunkedOurs,
      "our buffered block reads", bufferedOurs, 0.9, 0},
+    {"chunked/strict-vs-lenient", "strict chunked, 16 KiB chunks, 16 KiB reads, 16 MiB", strictChunkedOurs,
+     "our lenient chunked stream", chunkedOurs, 0.9, 0},
     {"xml/plain", "XML escaping, text without special bytes", xmlPlain, nullptr, nullptr, 0, 1000},
     {"xml/markup", "XML escaping, markup-heavy text", xmlMarkup, nullptr, nullptr, 0, 0},
     {"block/read", "block input stream, 16 KiB reads", blockOurs, nullptr, nullptr, 0, 0},

@@ -40,6 +40,7 @@
 #include "ZUMOutputStreamBuf.h"
 #include "ZUMStdInputStream.h"
 #include "ZUMStdOutputStream.h"
+#include "ZUMStrictChunkedInputStream.h"
 #include "ZUMStripLineBreaksInputStream.h"
 #include "ZUMXmlEncodeOutputStream.h"
 

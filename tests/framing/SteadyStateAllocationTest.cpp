@@ -1,5 +1,6 @@
 // Reads in steady state allocate nothing: the buffered stream reuses its
-// buffer for every refill and line, the chunked stream its chunk-size line,
+// buffer for every refill and line, the chunked stream its chunk-size line
+// (the strict one reads size lines byte by byte into no buffer at all),
 // the gzip stream its zlib record and input buffer.
 
 #include <gtest/gtest.h>
@@ -21,6 +22,29 @@ std::size_t readInto(ZUMInputStream& in, std::vector<char>& out, int count)
     return done;
 }
 
+// Reads `twice`, two chunked bodies one after the other, each through a new
+// Chunked stream on one buffered stream: the first brings the buffer to its
+// working size (it grows once, when a size line straddles a refill), the
+// second, with its trailer read line by line, allocates nothing.
+template <class Chunked>
+void expectSecondBodyAllocatesNothing(std::string const& twice, std::string const& data, char const* name)
+{
+    ZUMMemoryInputStream mem(twice.data(), static_cast<int>(twice.size()));
+    ZUMBufferedInputStream bis(mem, 4096);
+    Chunked first(bis), second(bis);
+    RVKByteBuffer line(256, 256);
+    std::vector<char> out(data.size() + 1);
+    ASSERT_EQ(readInto(first, out, 700), data.size()) << name;
+    while (bis.readline(line) > 2) {
+    }
+    std::size_t before = allocationCount();
+    std::size_t done = readInto(second, out, 700);
+    for (line.reset(); bis.readline(line) > 2; line.reset()) {
+    }
+    EXPECT_EQ(allocationCount() - before, 0u) << name;
+    EXPECT_TRUE(std::string(out.data(), done) == data) << name;
+}
+
 }  // namespace
 
 TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
@@ -33,24 +57,9 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
         body += size + chunk + "\r\n";
         data += chunk;
     }
-    // Two bodies one after the other: the first brings the buffer to its
-    // working size (it grows once, when a size line straddles a refill), the
-    // second is read in steady state, its trailer line by line.
     std::string const twice = body + "0\r\nX: y\r\n\r\n" + body + "0\r\nX: y\r\n\r\n";
-    ZUMMemoryInputStream mem(twice.data(), static_cast<int>(twice.size()));
-    ZUMBufferedInputStream bis(mem, 4096);
-    ZUMChunkedInputStream first(bis), second(bis);
-    RVKByteBuffer line(256, 256);
-    std::vector<char> out(data.size() + 1);
-    ASSERT_EQ(readInto(first, out, 700), data.size());
-    while (bis.readline(line) > 2) {
-    }
-    std::size_t before = allocationCount();
-    std::size_t done = readInto(second, out, 700);
-    for (line.reset(); bis.readline(line) > 2; line.reset()) {
-    }
-    EXPECT_EQ(allocationCount() - before, 0u) << "chunked";
-    EXPECT_TRUE(std::string(out.data(), done) == data);
+    expectSecondBodyAllocatesNothing<ZUMChunkedInputStream>(twice, data, "chunked");
+    expectSecondBodyAllocatesNothing<ZUMStrictChunkedInputStream>(twice, data, "strict chunked");
 
     // After the first read of a gzip stream, also for the next member after
     // unWrap and wrap.
@@ -60,11 +69,11 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     ZUMGZIPInputStream gz(gz_first);
     std::vector<char> plain(content.size() + 1);
     ASSERT_EQ(gz.read(plain.data(), 1), 1);
-    before = allocationCount();
+    std::size_t const before = allocationCount();
     EXPECT_EQ(readInto(gz, plain, 3000), content.size() - 1);
     gz.unWrap();
     gz.wrap(gz_second);
-    done = readInto(gz, plain, 5000);
+    std::size_t const done = readInto(gz, plain, 5000);
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
     EXPECT_TRUE(std::string(plain.data(), done) == content);
 }
