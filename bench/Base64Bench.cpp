@@ -38,6 +38,36 @@ std::string const& encodedRandom(std::size_t size)
     return it->second;
 }
 
+// The same text in lines of 76 characters ended by CR LF, as MIME writes it.
+std::string const& mimeRandom(std::size_t size)
+{
+    static std::map<std::size_t, std::string> cache;
+    auto it = cache.find(size);
+    if (it == cache.end()) {
+        std::string const& text = encodedRandom(size);
+        std::string lines;
+        lines.reserve(text.size() / 76 * 78 + 80);
+        for (std::size_t at = 0; at < text.size(); at += 76) {
+            lines.append(text, at, 76).append("\r\n");
+        }
+        it = cache.emplace(size, lines).first;
+    }
+    return it->second;
+}
+
+// memory -> buffered (16 KiB) -> strict Base64 input stream, 16 KiB reads;
+// counted in the decoded bytes delivered.
+Pass strictInput(std::string const* text, int skipWhiteSpace)
+{
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf, skipWhiteSpace](SteadyAllocations& allocs) {
+        ZUMMemoryInputStream raw(text->data(), static_cast<int>(text->size()));
+        ZUMBufferedInputStream bis(raw, kBlock);
+        ZUMStrictBase64InputStream b64(bis, skipWhiteSpace);
+        return drainBlocks(b64, buf->data(), allocs);
+    };
+}
+
 }  // namespace
 
 // Counted in the bytes read: raw bytes in.
@@ -119,6 +149,17 @@ Pass base64Input()
     };
 }
 
+Pass base64StrictInput()
+{
+    return strictInput(&encodedRandom(kStreamBytes), 0);
+}
+
+// The text in MIME lines, the line breaks skipped by the stream.
+Pass base64StrictMimeInput()
+{
+    return strictInput(&mimeRandom(kStreamBytes), 1);
+}
+
 #ifdef ZUM_BENCH_POCO
 Pass base64PocoEncoder()
 {
@@ -145,7 +186,22 @@ Pass base64PocoDecoder()
         return drainIstream(dec, buf->data());
     };
 }
+// Poco's decoder skips the line breaks by itself.
+Pass base64PocoMimeDecoder()
+{
+    std::string const* text = &mimeRandom(kStreamBytes);
+    auto buf = std::make_shared<std::vector<char>>(kBlock);
+    return [text, buf](SteadyAllocations&) {
+        Poco::MemoryInputStream src(text->data(), static_cast<std::streamsize>(text->size()));
+        Poco::Base64Decoder dec(src);
+        return drainIstream(dec, buf->data());
+    };
+}
 #else
+Pass base64PocoMimeDecoder()
+{
+    return nullptr;
+}
 Pass base64PocoEncoder()
 {
     return nullptr;

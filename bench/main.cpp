@@ -36,6 +36,9 @@ Pass base64Output();
 Pass base64Input();
 Pass base64PocoEncoder();
 Pass base64PocoDecoder();
+Pass base64StrictInput();
+Pass base64StrictMimeInput();
+Pass base64PocoMimeDecoder();
 Pass readlineOurs();
 Pass readlineGetline();
 Pass readByteOurs();
@@ -106,6 +109,13 @@ Row const k_rows[] = {
      "Poco Base64Encoder", base64PocoEncoder, 3.0, 1500},
     {"base64/input-vs-poco", "Base64 input stream over buffered, 16 KiB reads", base64Input,
      "Poco Base64Decoder", base64PocoDecoder, 3.0, 0},
+    {"base64/strict-vs-poco", "strict Base64 input stream over buffered, 16 KiB reads",
+     base64StrictInput, "Poco Base64Decoder", base64PocoDecoder, 3.0, 0},
+    {"base64/strict-vs-old", "strict Base64 input stream over buffered, 16 KiB reads",
+     base64StrictInput, "our Base64 input stream", base64Input, 0, 0},
+    {"base64/strict-mime-vs-poco",
+     "strict Base64 input stream, 76-character CR LF lines skipped, 16 KiB reads",
+     base64StrictMimeInput, "Poco Base64Decoder (skips them too)", base64PocoMimeDecoder, 0, 0},
     {"readline/vs-getline", "readline, 80-byte CR LF lines, 8 MiB", readlineOurs,
      "std::getline on istringstream", readlineGetline, 1.0, 0},
     {"read()/vs-istream-get", "read() byte by byte through buffered, 4 MiB", readByteOurs,

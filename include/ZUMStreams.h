@@ -41,6 +41,7 @@
 #include "ZUMStdInputStream.h"
 #include "ZUMStdOutputStream.h"
 #include "ZUMStrictChunkedInputStream.h"
+#include "ZUMStrictBase64InputStream.h"
 #include "ZUMStripLineBreaksInputStream.h"
 #include "ZUMXmlEncodeOutputStream.h"
 

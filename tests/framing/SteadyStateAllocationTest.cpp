@@ -93,3 +93,30 @@ TEST(SteadyStateAllocation, MultiMemberGzipReadsAllocateNothing)
     EXPECT_EQ(allocationCount() - before, 0u);
     EXPECT_EQ(done, 3 * content.size() - 1);
 }
+
+// The strict Base64 stream allocates its text buffer at the first read and
+// nothing after, blanks skipped or not, also for the next text after unWrap
+// and wrap.
+TEST(SteadyStateAllocation, StrictBase64ReadsAllocateNothing)
+{
+    std::string const data = testBytes(100000, 5);
+    std::string text(RVKBase64EncodedSize(100000, 0), '\0');
+    text.resize(RVKBase64Encode(data.data(), 100000, &text[0], 0));
+    std::string mime;
+    for (std::size_t at = 0; at < text.size(); at += 76) {
+        mime += text.substr(at, 76) + "\r\n";
+    }
+    std::vector<char> out(data.size() + 1);
+    for (std::string const* t : {&text, &mime}) {
+        ZUMMemoryInputStream first(t->data(), static_cast<int>(t->size()));
+        ZUMMemoryInputStream second(t->data(), static_cast<int>(t->size()));
+        ZUMStrictBase64InputStream b64(first, t == &mime);
+        ASSERT_EQ(b64.read(out.data(), 1), 1);
+        std::size_t before = allocationCount();
+        EXPECT_EQ(readInto(b64, out, 5000), data.size() - 1);
+        b64.unWrap();
+        b64.wrap(second);
+        EXPECT_EQ(readInto(b64, out, 7000), data.size());
+        EXPECT_EQ(allocationCount() - before, 0u) << (t == &mime ? "blanks skipped" : "plain");
+    }
+}
