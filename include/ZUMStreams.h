@@ -40,8 +40,8 @@
 #include "ZUMOutputStreamBuf.h"
 #include "ZUMStdInputStream.h"
 #include "ZUMStdOutputStream.h"
-#include "ZUMStrictChunkedInputStream.h"
 #include "ZUMStrictBase64InputStream.h"
+#include "ZUMStrictChunkedInputStream.h"
 #include "ZUMStripLineBreaksInputStream.h"
 #include "ZUMXmlEncodeOutputStream.h"
 
