@@ -3,7 +3,6 @@
 #ifndef ZUMCAT_OPERATIONS_H
 #define ZUMCAT_OPERATIONS_H
 
-#include <string>
 #include <vector>
 
 #include "ZUMInputStream.h"
