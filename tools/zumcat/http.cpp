@@ -121,18 +121,6 @@ void checkLength(InputBuffer const& input, Framing const& framing, long long sta
     }
 }
 
-// Whether `body` delivers no byte at all; the byte it looked at goes back.
-bool isEmpty(ZUMInputStream& body)
-{
-    int c = body.read();
-    if (c < 0) {
-        return true;
-    }
-    char const byte = static_cast<char>(c);
-    body.unread(&byte, 1);
-    return false;
-}
-
 }  // namespace
 
 void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<char>& buf)
@@ -174,7 +162,7 @@ void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<c
     long long const bodyStart = input.position();
     std::string garbage;
     try {
-        if (framing.gzip && !isEmpty(*body)) {
+        if (framing.gzip && checkGzipMagic(*body)) {
             ZUMMultiMemberGZIPInputStream gz(*body);
             try {
                 copy(gz, out, buf);

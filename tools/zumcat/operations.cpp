@@ -55,22 +55,10 @@ void runHttp(Options const& o, InputCounter& in, StandardOutput& out, std::vecto
     http(input, out, o.body, buf);
 }
 
-// Input that does not begin with the gzip magic 1F 8B is not gzip at all,
-// which says more than the header failure the gzip stream would report.
 void runGunzip(Options const&, InputCounter& source, StandardOutput& out, std::vector<char>& buf)
 {
     InputBuffer input(source, k_io_size);
-    char magic[2];
-    int have = 0;
-    for (int c; have < 2 && (c = input.read()) >= 0; ++have) {
-        magic[have] = static_cast<char>(c);
-    }
-    if ((have > 0 && magic[0] != '\x1f') || (have == 2 && magic[1] != '\x8b')) {
-        throw Failure{catalogText(ZUMMessage::GZIP_NOT_GZIP)};
-    }
-    if (have > 0) {
-        input.unread(magic, have);
-    }
+    checkGzipMagic(input);
     ZUMMultiMemberGZIPInputStream gz(input);
     copy(gz, out, buf);
 }
@@ -122,6 +110,22 @@ void runXmlEscape(Options const&, InputCounter& in, StandardOutput& out, std::ve
 {
     ZUMXmlEncodeOutputStream xml(out);
     copy(in, xml, buf);
+}
+
+bool checkGzipMagic(ZUMInputStream& in)
+{
+    char magic[2];
+    int have = 0;
+    for (int c; have < 2 && (c = in.read()) >= 0; ++have) {
+        magic[have] = static_cast<char>(c);
+    }
+    if ((have > 0 && magic[0] != '\x1f') || (have == 2 && magic[1] != '\x8b')) {
+        throw Failure{catalogText(ZUMMessage::GZIP_NOT_GZIP)};
+    }
+    if (have > 0) {
+        in.unread(magic, have);
+    }
+    return have > 0;
 }
 
 namespace {

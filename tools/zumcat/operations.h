@@ -23,6 +23,12 @@ void copy(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf);
 // Reads `in` to its end and returns the number of bytes it delivered.
 long long drain(ZUMInputStream& in, std::vector<char>& buf);
 
+// Looks at the first two bytes of `in` and takes them back. Raises Failure
+// "not in gzip format" when they are not the gzip magic 1F 8B, which says more
+// than the header failure the gzip stream would report. Returns false when
+// `in` delivered nothing.
+bool checkGzipMagic(ZUMInputStream& in);
+
 // The operations, each the handler of its entry in the table of options.cpp:
 // from `in` to `out`, through the copy buffer `buf`, with the command line's
 // settings in `o`.
