@@ -110,41 +110,12 @@ Framing framingOf(std::vector<std::string> const& headers)
 
 // ---- the end of the body ----------------------------------------------------
 
-// The chunked stream ends a body at the last chunk (size 0), at a size line
-// it cannot use, or where the input ends; the last line it read tells which.
-// Raises Failure unless it was the last chunk.
-void checkChunkedEnd(InputBuffer const& input)
+// Raises Failure when a body of Content-Length bytes that started at input
+// offset `start` ended before all of them came. A chunked body checks its own
+// end.
+void checkLength(InputBuffer const& input, Framing const& framing, long long start)
 {
-    if (input.lastLineLength() <= 0) {
-        throw Failure{"the input ended before the last chunk of the chunked body"};
-    }
-    std::string const& line = input.lastLine();
-    std::string const at = std::to_string(input.lastLineOffset());
-    unsigned long long size = 0;
-    std::size_t digits = 0;
-    while (digits < line.size() && std::isxdigit(static_cast<unsigned char>(line[digits])) && size < 0x80000000ULL) {
-        char c = static_cast<char>(std::tolower(static_cast<unsigned char>(line[digits++])));
-        size = size * 16 + static_cast<unsigned>(c <= '9' ? c - '0' : c - 'a' + 10);
-    }
-    if (digits == 0) {
-        throw Failure{"malformed chunk-size line at byte " + at};
-    }
-    if (size >= 0x80000000ULL) {
-        throw Failure{"chunk size too large at byte " + at};
-    }
-    if (size > 0) {
-        throw Failure{"the input ended inside the chunk of " + std::to_string(size) +
-                      " bytes whose size line is at byte " + at};
-    }
-}
-
-// Raises Failure when the body that started at input offset `start` ended
-// before its framing said it would.
-void checkBodyEnd(InputBuffer const& input, Framing const& framing, long long start)
-{
-    if (framing.chunked) {
-        checkChunkedEnd(input);
-    } else if (framing.length >= 0 && input.position() - start < framing.length) {
+    if (!framing.chunked && framing.length >= 0 && input.position() - start < framing.length) {
         throw Failure{"the input ended after " + std::to_string(input.position() - start) + " of the " +
                       std::to_string(framing.length) + " body bytes that Content-Length announces"};
     }
@@ -176,8 +147,9 @@ void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<c
     }
 
     // The body's framing: chunked, a block of Content-Length bytes, or the
-    // rest of the input.
-    ZUMChunkedInputStream chunkedBody(input);
+    // rest of the input. The chunked stream reads through `input`, so the
+    // trailer stays there.
+    ZUMStrictChunkedInputStream chunkedBody(input);
     ZUMBlockInputStream blockBody(input);
     ZUMInputStream* body = &input;
     if (framing.chunked) {
@@ -188,25 +160,39 @@ void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<c
     }
 
     long long const bodyStart = input.position();
-    long long garbageAt = -1;
-    long long garbageBytes = 0;
+    std::string garbage;
     try {
-        if (framing.gzip) {
-            garbageAt = gunzipMembers(*body, input, out, buf, true);
-        }
-        if (garbageAt >= 0) {
-            garbageBytes = drain(*body, buf);
+        if (framing.gzip && checkGzipMagic(*body)) {
+            ZUMMultiMemberGZIPInputStream gz(*body);
+            try {
+                copy(gz, out, buf);
+            } catch (ZUMIOException const& e) {
+                if (e.hasMessage(ZUMMessage::CHUNKED_MALFORMED) || e.hasMessage(ZUMMessage::CHUNKED_TRUNCATED)) {
+                    throw;
+                }
+                if (e.hasMessage(ZUMMessage::GZIP_TRUNCATED)) {
+                    checkLength(input, framing, bodyStart);
+                }
+                // The gzip stream counts in the body's content, after the
+                // chunked framing is taken off.
+                if (!e.hasMessage(ZUMMessage::GZIP_TRAILING_GARBAGE)) {
+                    throw Failure{describe(e) + " of the body's content"};
+                }
+                // The message goes on to its end; the garbage is named there.
+                garbage = describe(e) + " of the body's content";
+                drain(*body, buf);
+            }
         } else {
-            copy(*body, out, buf);  // all of the body without gzip
+            copy(*body, out, buf);
         }
     } catch (ZUMIOException const& e) {
-        // Compressed data cut short by the framing: the message is incomplete.
-        if (e.hasMessage(ZUMMessage::GZIP_TRUNCATED)) {
-            checkBodyEnd(input, framing, bodyStart);
+        if (e.hasMessage(ZUMMessage::CHUNKED_MALFORMED) || e.hasMessage(ZUMMessage::CHUNKED_TRUNCATED)) {
+            // The chunked stream counts from the body's first byte.
+            throw Failure{describe(e) + " of the body, which begins at byte " + std::to_string(bodyStart)};
         }
         throw;
     }
-    checkBodyEnd(input, framing, bodyStart);
+    checkLength(input, framing, bodyStart);
 
     std::vector<std::string> trailer;
     if (framing.chunked) {
@@ -218,16 +204,15 @@ void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<c
             text(field + "\n");
         }
     }
-    if (garbageAt >= 0) {
-        throw Failure{trailingGarbage(garbageBytes, garbageAt)};
+    if (!garbage.empty()) {
+        throw Failure{garbage};
     }
 }
 
 void unchunk(InputBuffer& input, ZUMOutputStream& out, std::vector<char>& buf)
 {
-    ZUMChunkedInputStream chunked(input);
+    ZUMStrictChunkedInputStream chunked(input);
     copy(chunked, out, buf);
-    checkChunkedEnd(input);
     RVKByteBuffer line(256, 256);
     readFields(input, line, "trailer");
 }

@@ -1,5 +1,5 @@
-// zumcat: reading an HTTP/1.1 message and a chunked body, with the checks
-// that a message is complete.
+// zumcat: reading an HTTP/1.1 message and a chunked body; the chunked
+// stream checks the framing, this part the fields and Content-Length.
 #ifndef ZUMCAT_HTTP_H
 #define ZUMCAT_HTTP_H
 
@@ -19,9 +19,9 @@ class InputBuffer;
 void http(InputBuffer& input, ZUMOutputStream& out, bool bodyOnly, std::vector<char>& buf);
 
 // Decodes a body in the chunked transfer coding from `input` to `out` and
-// reads its trailer up to the empty line that ends it. Raises Failure for a
-// body without the last chunk or without that empty line, after writing what
-// was decoded.
+// reads its trailer up to the empty line that ends it. Raises the chunked
+// stream's exception for malformed or cut framing, and Failure for a trailer
+// without that empty line, after writing what was decoded.
 void unchunk(InputBuffer& input, ZUMOutputStream& out, std::vector<char>& buf);
 
 }  // namespace zumcat

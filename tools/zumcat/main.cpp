@@ -6,8 +6,8 @@
 // The pieces, each in its own file:
 //   options     the operations' help texts and the command line
 //   operations  the chains, one per operation
-//   http        HTTP/1.1 messages and chunked bodies, and their completeness
-//   streams     the program's own streams: counting, positions, checks
+//   http        HTTP/1.1 messages: start line, fields, body framing
+//   streams     the program's own streams: counting, positions, output
 //   progress    the --progress report
 //   messages    failures and their one-line texts
 //

@@ -49,58 +49,6 @@ long long drain(ZUMInputStream& in, std::vector<char>& buf)
     return total;
 }
 
-namespace {
-
-// Reads up to two bytes of `in` into magic[] and takes them back; returns how
-// many there were.
-int peekTwo(ZUMInputStream& in, char magic[2])
-{
-    int have = 0;
-    for (int c; have < 2 && (c = in.read()) >= 0; ++have) {
-        magic[have] = static_cast<char>(c);
-    }
-    if (have > 0) {
-        in.unread(magic, have);
-    }
-    return have;
-}
-
-}  // namespace
-
-long long gunzipMembers(ZUMInputStream& in, InputBuffer const& input, ZUMOutputStream& out,
-                        std::vector<char>& buf, bool mayBeEmpty)
-{
-    ZUMGZIPInputStream gz;
-    for (bool first = true;; first = false) {
-        long long const at = input.position();
-        char magic[2];
-        int have = peekTwo(in, magic);
-        if (have == 0 && (!first || mayBeEmpty)) {
-            return -1;
-        }
-        // Two bytes decide. Fewer (the input ends there) go to the gzip
-        // stream, which reports the truncation, when they may begin a member.
-        bool const id1 = have > 0 && magic[0] == '\x1f';
-        bool const member = have == 2 ? id1 && magic[1] == '\x8b' : have == 0 || id1 || first;
-        if (!member) {
-            if (first) {
-                throw Failure{catalogText(ZUMMessage::GZIP_NOT_GZIP)};
-            }
-            return at;
-        }
-        // A member, or input too short to tell: the gzip stream decides.
-        gz.wrap(in);
-        copy(gz, out, buf);
-        gz.unWrap();  // the bytes behind the member go back to `in`
-    }
-}
-
-std::string trailingGarbage(long long bytes, long long at)
-{
-    return "trailing garbage ignored: " + std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes") +
-           " after the last gzip member, from byte " + std::to_string(at);
-}
-
 void runHttp(Options const& o, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
     InputBuffer input(in, k_io_size);
@@ -110,10 +58,9 @@ void runHttp(Options const& o, InputCounter& in, StandardOutput& out, std::vecto
 void runGunzip(Options const&, InputCounter& source, StandardOutput& out, std::vector<char>& buf)
 {
     InputBuffer input(source, k_io_size);
-    long long at = gunzipMembers(input, input, out, buf, false);
-    if (at >= 0) {
-        throw Failure{trailingGarbage(drain(input, buf), at)};
-    }
+    checkGzipMagic(input);
+    ZUMMultiMemberGZIPInputStream gz(input);
+    copy(gz, out, buf);
 }
 
 void runGzip(Options const&, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
@@ -154,21 +101,31 @@ void runBase64(Options const& o, InputCounter& in, StandardOutput& out, std::vec
 
 void runUnbase64(Options const&, InputCounter& source, StandardOutput& out, std::vector<char>& buf)
 {
-    Base64TextCheck checked(source);
-    ZUMBufferedInputStream input(checked, k_io_size);
-    ZUMStripLineBreaksInputStream text(input);
-    ZUMBase64InputStream b64;
-    b64.wrap(text);
+    // Blanks are skipped, so text wrapped in CR LF or LF lines decodes.
+    ZUMStrictBase64InputStream b64(source, 1);
     copy(b64, out, buf);
-    if (!checked.fault().empty()) {
-        throw Failure{checked.fault()};
-    }
 }
 
 void runXmlEscape(Options const&, InputCounter& in, StandardOutput& out, std::vector<char>& buf)
 {
     ZUMXmlEncodeOutputStream xml(out);
     copy(in, xml, buf);
+}
+
+bool checkGzipMagic(ZUMInputStream& in)
+{
+    char magic[2];
+    int have = 0;
+    for (int c; have < 2 && (c = in.read()) >= 0; ++have) {
+        magic[have] = static_cast<char>(c);
+    }
+    if ((have > 0 && magic[0] != '\x1f') || (have == 2 && magic[1] != '\x8b')) {
+        throw Failure{catalogText(ZUMMessage::GZIP_NOT_GZIP)};
+    }
+    if (have > 0) {
+        in.unread(magic, have);
+    }
+    return have > 0;
 }
 
 namespace {

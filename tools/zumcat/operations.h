@@ -3,7 +3,6 @@
 #ifndef ZUMCAT_OPERATIONS_H
 #define ZUMCAT_OPERATIONS_H
 
-#include <string>
 #include <vector>
 
 #include "ZUMInputStream.h"
@@ -12,7 +11,6 @@
 namespace zumcat {
 
 struct Options;
-class InputBuffer;
 class InputCounter;
 class StandardOutput;
 
@@ -25,20 +23,11 @@ void copy(ZUMInputStream& in, ZUMOutputStream& out, std::vector<char>& buf);
 // Reads `in` to its end and returns the number of bytes it delivered.
 long long drain(ZUMInputStream& in, std::vector<char>& buf);
 
-// Decodes the gzip members that `in` delivers, one after the other, to `out`.
-// `in` reads from `input` and takes bytes back (unread), so each member's
-// first two bytes are looked at before the gzip stream parses its header:
-// a first member that does not begin with 1F 8B is "not in gzip format".
-// Returns -1 when the members fill `in` to its end, or the input offset of
-// the first byte after the last member that does not start another one
-// (trailing garbage, left unread in `in`). An `in` that delivers nothing at
-// all holds no member and returns -1 when `mayBeEmpty`, and is a truncated
-// member otherwise. Raises the gzip stream's exceptions.
-long long gunzipMembers(ZUMInputStream& in, InputBuffer const& input, ZUMOutputStream& out,
-                        std::vector<char>& buf, bool mayBeEmpty);
-
-// The text for `bytes` bytes of trailing garbage from input offset `at`.
-std::string trailingGarbage(long long bytes, long long at);
+// Looks at the first two bytes of `in` and takes them back. Raises Failure
+// "not in gzip format" when they are not the gzip magic 1F 8B, which says more
+// than the header failure the gzip stream would report. Returns false when
+// `in` delivered nothing.
+bool checkGzipMagic(ZUMInputStream& in);
 
 // The operations, each the handler of its entry in the table of options.cpp:
 // from `in` to `out`, through the copy buffer `buf`, with the command line's

@@ -20,22 +20,24 @@ Operation const k_operations[] = {
      "decoded by its Transfer-Encoding (chunked) or Content-Length and its\n"
      "Content-Encoding (gzip), then the trailer fields. Prints the start line, the\n"
      "headers, the body and the trailer under headings; with --body, the decoded\n"
-     "body alone. A message cut short (inside the body, before the last chunk, or\n"
-     "before the empty line that ends the trailer) is an error, reported after\n"
-     "what was decoded has been written.\n",
+     "body alone. Malformed chunked framing, and a message cut short (inside the\n"
+     "body, before the last chunk, or before the empty line that ends the\n"
+     "trailer), is an error, reported after what was decoded has been written.\n",
      runHttp},
     {"gunzip", "gunzip [FILE]",
      "Decompresses gzip data. Every member of a multi-member input is decoded in\n"
-     "turn, as gzip -d does. Bytes after the last member that do not start another\n"
-     "member are reported as trailing garbage (exit status 1, after all members\n"
-     "have been written).\n",
+     "turn, as gzip -d does; NUL bytes after the last member are padding. Any other\n"
+     "bytes after it are reported as trailing garbage (exit status 1, after all\n"
+     "members have been written).\n",
      runGunzip},
     {"gzip", "gzip [FILE]", "Compresses the input into one gzip member.\n",
      runGzip},
     {"unchunk", "unchunk [FILE]",
      "Decodes a body in the HTTP/1.1 chunked transfer coding. A trailer after the\n"
-     "last chunk is read but not printed. A body without the last chunk or the\n"
-     "empty line after the trailer is an error, reported after the data.\n",
+     "last chunk is read but not printed. Malformed framing (a size line that is\n"
+     "not hex digits and extensions, data not followed by CR LF), or a body\n"
+     "without the last chunk or the empty line after the trailer, is an error,\n"
+     "reported after the data.\n",
      runUnchunk},
     {"chunk", "chunk [--size N] [FILE]",
      "Writes the input in the HTTP/1.1 chunked transfer coding, in chunks of N\n"
@@ -48,8 +50,8 @@ Operation const k_operations[] = {
      "one line ended by LF).\n",
      runBase64},
     {"unbase64", "unbase64 [FILE]",
-     "Decodes Base64 text. CR and LF between the characters are skipped, so text\n"
-     "written with line breaks decodes too. Any other character outside the\n"
+     "Decodes Base64 text. CR, LF, tab and space are skipped wherever they stand,\n"
+     "so text written with line breaks decodes too. Any other character outside the\n"
      "alphabet, misplaced '=' padding, or text that ends inside a group of four\n"
      "characters is an error naming the byte (counted from 0), reported after\n"
      "the bytes decoded before it.\n",

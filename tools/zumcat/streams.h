@@ -2,17 +2,12 @@
 //
 //   InputCounter      counts the bytes read from the input (for positions
 //                     and progress);
-//   InputBuffer       the buffered stream of the gunzip, unchunk and http
-//                     chains; knows the input position of its next byte and
-//                     the last line it read;
+//   InputBuffer       the buffered stream of the unchunk and http chains;
+//                     knows the input position of its next byte;
 //   StandardOutput    the endpoint on standard output; counts the bytes and
-//                     reports a failed write at once;
-//   Base64TextCheck   checks Base64 text as it is read from the input and
-//                     names the byte where it goes wrong.
+//                     reports a failed write at once.
 #ifndef ZUMCAT_STREAMS_H
 #define ZUMCAT_STREAMS_H
-
-#include <string>
 
 #include "ZUMBufferedInputStream.h"
 #include "ZUMFileOutputStream.h"
@@ -52,26 +47,15 @@ private:
 };
 
 // The buffered stream over the counted input. Its position is the input
-// offset of the next byte it delivers; it keeps the last line readline() read
-// (for the chunked body's end, which the chunked stream reads as lines).
+// offset of the next byte it delivers.
 class InputBuffer : public ZUMBufferedInputStream {
 public:
     InputBuffer(InputCounter& input, int size) : ZUMBufferedInputStream(input, size), m_input(input) {}
 
-    int readline(RVKByteBuffer& line) override;
-
     long long position() const { return m_input.count() - buffered(); }
-    // The last line read: its length as readline() returned it (-1: the input
-    // had ended), its text (CR LF included) and the offset of its first byte.
-    int lastLineLength() const { return m_last_length; }
-    std::string const& lastLine() const { return m_last_line; }
-    long long lastLineOffset() const { return m_last_offset; }
 
 private:
     InputCounter& m_input;
-    int m_last_length = -1;
-    std::string m_last_line;
-    long long m_last_offset = 0;
 };
 
 // The endpoint on standard output: a file output stream over stdout that
@@ -95,39 +79,6 @@ private:
     long long m_count = 0;
     char m_last = 0;
     Progress* m_progress = nullptr;
-};
-
-// An input filter that checks Base64 text as it is read from the input, in
-// the large reads of the buffered stream above it. CR and LF may stand
-// anywhere (the line-break filter further up drops them); the other bytes
-// must form groups of four alphabet characters, the last one
-// or two of a group possibly '='. At the first byte that does not, it
-// delivers the bytes before it and then reports the end of the text, so the
-// decoder writes every group before the fault; fault() then says what is
-// wrong and at which input offset. Text that ends inside a group is a fault
-// too.
-class Base64TextCheck : public ZUMFilterInputStream {
-public:
-    // Starts at input offset 0.
-    explicit Base64TextCheck(ZUMInputStream& upstream) { wrap(upstream); }
-
-    int read(RVKByteBuffer& buffer, int count) override;
-    int read(char* buf, int count) override;
-    int read() override;
-
-    // What is wrong with the text, or empty while nothing is.
-    std::string const& fault() const { return m_fault; }
-
-private:
-    // Checks buf[0..n) and moves the bytes to deliver to its front. Returns
-    // their number; sets m_fault and stops at a fault.
-    int check(char* buf, int n);
-
-    long long m_offset = 0;       // input offset of the next byte from upstream
-    int m_group = 0;              // characters of the current group, 0..3
-    long long m_group_start = 0;  // offset of the group's first character
-    long long m_pad_offset = -1;  // a '=' in third place, awaiting a second one
-    std::string m_fault;
 };
 
 }  // namespace zumcat
