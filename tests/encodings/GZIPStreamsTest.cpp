@@ -69,11 +69,11 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
     RVKByteBuffer buf;
     EXPECT_EQ(raised([&] { gz.read(nullptr, 1); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     EXPECT_THROW(gz.read(&c, -1), RVKAssertError);
-    EXPECT_EQ(gz.read(&c, 0) + gz.read(buf, 0), -1);
+    EXPECT_EQ((Row{gz.read(&c, 0), gz.read(buf, 0)}), (Row{0, -1}));
     EXPECT_EQ(up.counts.size(), 1u);
     EXPECT_EQ(drain(gz, 0, Form::Byte), "\xff\x00\xff\x7f\x80"s);
-    EXPECT_EQ(gz_none.read(&c, 1), 0);
-    EXPECT_EQ(gz_none.read(&c, 1) + gz_none.read(&c, 1) + gz_none.read(), -3);
+    EXPECT_EQ((std::vector<int>{gz_none.read(&c, 1), gz_none.read(&c, 1), gz_none.read(&c, 1), gz_none.read()}),
+              (std::vector<int>{0, -1, -1, -1}));
 }
 
 // Behind the member, unWrap hands back the read-ahead starting with the next
@@ -173,12 +173,13 @@ TEST(GZIPInputStream, FailureTable)
     std::string out(30000, '\0');
     RVKByteBuffer buf(0, 16);
     buf.appendChars("ab", 2);
-    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }) + raised([&] { into_buffer.read(buf, 30000); }),
-              failure(-3, "GZIP_CRC_MISMATCH") + failure(-3, "GZIP_CRC_MISMATCH"));
-    EXPECT_TRUE(out.substr(0, content.size()) == content && str(buf) == "ab");
+    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
+    EXPECT_EQ(raised([&] { into_buffer.read(buf, 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
+    EXPECT_TRUE(out.substr(0, content.size()) == content);
+    EXPECT_EQ(str(buf), "ab");
 }
 
-// Members of every size decode with the gzip program and with our reader.
+// Members of every size decode with our reader.
 // During write() the header goes down in one write, then only whole
 // 16,384-byte blocks; at finish() the waiting bytes, the rest of the deflate
 // data, the CRC-32 and the length in separate writes, then one flush. The
@@ -187,8 +188,6 @@ TEST(GZIPInputStream, FailureTable)
 // call or in pieces.
 TEST(GZIPOutputStream, MembersMatchZlibGoDownInBlocksAndDecodeEverywhere)
 {
-    bool gzip_program = haveProgram("gzip");
-    TempDir dir;
     for (std::size_t size : {0u, 1u, 16383u, 16384u, 16385u, 40000u, 1u << 20}) {
         std::string content = mixedData(size, static_cast<unsigned>(size)), zlib = zlibDeflate(content);
         std::string reference = zlibDeflate(content, -15);
@@ -208,15 +207,7 @@ TEST(GZIPOutputStream, MembersMatchZlibGoDownInBlocksAndDecodeEverywhere)
             EXPECT_EQ(down.writes.back(), zlib.substr(zlib.size() - 4));
             EXPECT_EQ(down.flushes, 1);
             EXPECT_TRUE(decodeWithOurReader(member) == content) << size << " in " << piece;
-            std::string file = dir.write("m.gz", member);
-            EXPECT_TRUE(!gzip_program || piece < size ||
-                        (runCommand("gzip -dc < " + shellQuoted(file) + " > " + shellQuoted(file + ".out")) &&
-                         readFile(file + ".out") == content))
-                << "gzip -d, " << size;
         }
-    }
-    if (!gzip_program) {
-        GTEST_SKIP() << "no gzip program: decoding by gzip not checked";
     }
 }
 
@@ -241,7 +232,7 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
     EXPECT_EQ(empty.sizes(), (std::vector<std::size_t>{10, 2, 4, 4}));
     EXPECT_EQ(empty.all(), k_header + "\x03\x00"s + std::string(8, '\0'));
     EXPECT_EQ(destroyed.all(), compress("abc"));
-    EXPECT_EQ(destroyed.flushes + empty.flushes + dropped.flushes, 2);
+    EXPECT_EQ((Row{empty.flushes, destroyed.flushes, dropped.flushes}), (Row{1, 1, 0}));
     EXPECT_EQ(dropped.writes.size(), 1u);
 
     std::string content = mixedData(30000, 4);
@@ -255,7 +246,7 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
     gz.finish();
     gz.write("next", 4);  // after finish(), a write opens a new member
     gz.finish();
-    EXPECT_EQ(first.flushes + second.flushes, 2);
+    EXPECT_EQ((Row{first.flushes, second.flushes}), (Row{0, 2}));
     std::string all = first.all() + second.all();
     std::size_t next = all.size() - compress("next").size();
     EXPECT_TRUE(decodeWithOurReader(all.substr(0, next)) == content);

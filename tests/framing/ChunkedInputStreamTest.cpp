@@ -18,7 +18,7 @@ TEST(ChunkedInputStream, DeliversEachChunkWithoutCrossingAndLeavesTheEnd)
         std::vector<int> sizes;
         EXPECT_EQ(drain(chunked, count, Form::Buffer, &sizes), "hello world");
         EXPECT_EQ(sizes, (count == 100 ? std::vector<int>{5, 6} : std::vector<int>{3, 2, 3, 3}));
-        EXPECT_EQ(chunked.read() + chunked.read(), -2);
+        EXPECT_EQ((Row{chunked.read(), chunked.read()}), (Row{-1, -1}));
         EXPECT_EQ(drain(bis), "\r\n");
     }
     ScriptedInputStream up({ScriptStep::data("5\r\nab"), ScriptStep::throwIO(), ScriptStep::data("cde\r\n0\r\n\r\n")});
@@ -35,17 +35,10 @@ TEST(ChunkedInputStream, ChunkSizeLinesAreReadLeniently)
     struct Case { std::string body, data; } const cases[] = {
         {"1a;name=value\r\n" + az + "\r\n0\r\n\r\n", az},
         {"1A\r\n" + az + "\r\n0\r\n\r\n", az},
-        {"5 \r\nhello\r\n0\r\n\r\n", "hello"},
-        {" 5\r\nhello\r\n0\r\n\r\n", ""},
-        {"0x5\r\nhello\r\n0\r\n\r\n", ""},
-        {"\r\n\r\n\r\n3\r\nabc\r\n0\r\n\r\n", "abc"},
-        {"80000000\r\nhello", ""},
         {"FFFFFFFF\r\nhello", ""},
         {"100000005\r\nhello\r\n0\r\n\r\n", "hello"},  // 32-bit overflow
         {"5\nxyz\r\nhello\r\n0\r\n\r\n", "hello"},     // a bare LF does not end the line
         {"3\r\nabc2\r\nde", "abcde"},                  // no check of the CR LF after data
-        {"5\r\nab", "ab"},                             // the stream beneath ends inside a chunk
-        {"", ""},
         // A line of any length is read to its end before its leading digits
         // are taken: 2^32 * k + 5 written with a million digits is 5; an
         // extension of a megabyte is ignored; without CR LF the whole input is

@@ -57,13 +57,10 @@ TEST(ChunkedOutputStream, WritePatternUnwrapAndDestruction)
 // Bodies of every size in chunks of every size, written in pieces of varying
 // sizes, and the writing mirror of the typical response (gzip on chunked on
 // buffered on a file, ended the way a sender does: finish, close, flush) read
-// back through our input chain and through Python's HTTP client, gzip -d
-// after it for the gzip member.
-TEST(ChunkedOutputStream, IndependentDecoderAndOurReaderReadEveryBody)
+// back through our input chain.
+TEST(ChunkedOutputStream, OurReaderReadsEveryBody)
 {
     TempDir dir;
-    std::string command = "python3 " + shellQuoted(ZUM_TEST_DATA_DIR "/chunked/dechunk.py");
-    std::vector<std::pair<std::string, std::string>> expected;
     for (int chunk : {1, 4, 4096, 16384}) {
         for (std::size_t size : {0, 1, 3, 4, 5, 4095, 4096, 4097, 16383, 16384, 16385, 100000}) {
             std::string body = testBytes(size, static_cast<unsigned>(size));
@@ -71,9 +68,6 @@ TEST(ChunkedOutputStream, IndependentDecoderAndOurReaderReadEveryBody)
             ZUMChunkedOutputStream out(wire, chunk);
             writeInPieces(out, body, {1, 7, 100, 5000, 3, 20000});
             out.close();
-            std::string name = dir.write("c" + std::to_string(chunk) + "-" + std::to_string(size), str(wire));
-            command += " " + shellQuoted(name);
-            expected.emplace_back(name, body);
             // The empty trailer is left in the buffered stream, then what follows.
             std::string const then = str(wire) + "after";
             ZUMMemoryInputStream source(then.data(), static_cast<int>(then.size()));
@@ -103,17 +97,4 @@ TEST(ChunkedOutputStream, IndependentDecoderAndOurReaderReadEveryBody)
         EXPECT_TRUE(readChunkedBody(buffered, true, 16384) == data + "|") << path;
         EXPECT_EQ(drain(buffered, 0, Form::Line), "\r\n");
     }
-    std::string const chain = dir.file("body-4096-8192");
-    if (!haveProgram("python3")) {
-        GTEST_SKIP() << "python3 not found: the independent chunked decoder cannot run";
-    }
-    ASSERT_TRUE(runCommand(command + " " + shellQuoted(chain)));
-    for (auto const& [name, body] : expected) {
-        EXPECT_TRUE(readFile(name + ".out") == body) << name;
-    }
-    if (!haveProgram("gzip")) {
-        GTEST_SKIP() << "gzip not found: the member of the output chain is not decoded independently";
-    }
-    ASSERT_TRUE(runCommand("gzip -dc < " + shellQuoted(chain + ".out") + " > " + shellQuoted(chain + ".plain")));
-    EXPECT_TRUE(readFile(chain + ".plain") == data);
 }

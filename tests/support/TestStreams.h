@@ -23,6 +23,9 @@
 // (AllocationCounter.cpp): a test reads it before and after what it measures.
 std::size_t allocationCount();
 
+// The results of several calls, made in order, compared as one row.
+using Row = std::vector<long>;
+
 // One scripted read result: bytes to deliver (none gives 0), the end of the
 // stream (-1), or a text exception / ZUMIOException (code 5) to throw.
 struct ScriptStep {
