@@ -35,10 +35,6 @@ TEST(ChunkedInputStream, ChunkSizeLinesAreReadLeniently)
     struct Case { std::string body, data; } const cases[] = {
         {"1a;name=value\r\n" + az + "\r\n0\r\n\r\n", az},
         {"1A\r\n" + az + "\r\n0\r\n\r\n", az},
-        {"FFFFFFFF\r\nhello", ""},
-        {"100000005\r\nhello\r\n0\r\n\r\n", "hello"},  // 32-bit overflow
-        {"5\nxyz\r\nhello\r\n0\r\n\r\n", "hello"},     // a bare LF does not end the line
-        {"3\r\nabc2\r\nde", "abcde"},                  // no check of the CR LF after data
         // A line of any length is read to its end before its leading digits
         // are taken: 2^32 * k + 5 written with a million digits is 5; an
         // extension of a megabyte is ignored; without CR LF the whole input is
