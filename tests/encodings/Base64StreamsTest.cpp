@@ -8,15 +8,12 @@
 
 using Writes = std::vector<std::string>;
 
-// Both ways: the RFC 4648 vectors, and random bytes of every value written
-// in pieces of every alignment; the input stream in every read form.
-TEST(Base64Streams, Rfc4648VectorsAndRoundTrips)
+// Both ways: the RFC 4648 vectors; the input stream in every read form.
+TEST(Base64Streams, Rfc4648Vectors)
 {
-    std::string const data = testBytes(20000, 7);
     struct Case { std::string bytes, text; std::size_t piece; } const cases[] = {
         {"", "", 1},    {"f", "Zg==", 1},   {"fo", "Zm8=", 1},  {"foo", "Zm9v", 1},  {"foob", "Zm9vYg==", 1},
-        {"fooba", "Zm9vYmE=", 2}, {"foobar", "Zm9vYmFy", 6}, {data, "", 1}, {data, "", 4}, {data, "", 3071},
-        {data, "", 3072}, {data, "", 3073}, {data, "", 20000},
+        {"fooba", "Zm9vYmE=", 2}, {"foobar", "Zm9vYmFy", 6},
     };
     for (auto const& c : cases) {
         RecordingOutputStream down;
@@ -24,7 +21,7 @@ TEST(Base64Streams, Rfc4648VectorsAndRoundTrips)
         writeInPieces(out, c.bytes, {c.piece});
         out.flush();
         std::string const text = down.all();
-        EXPECT_TRUE(c.text.empty() ? text.size() == (c.bytes.size() + 2) / 3 * 4 : text == c.text) << c.text;
+        EXPECT_EQ(text, c.text);
         for (auto [count, form] : {std::pair{1, Form::Array}, {2, Form::Array}, {1000, Form::Array}, {0, Form::Byte},
                                    {4, Form::Buffer}}) {
             ZUMMemoryInputStream source(text.data(), static_cast<int>(text.size()));

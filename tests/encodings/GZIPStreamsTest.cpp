@@ -31,20 +31,20 @@ std::string compress(std::string const& content, std::size_t piece = 1 << 30)
     return down.all();
 }
 
-// What our reader decodes from `member`, in reads of 8192 in `form`.
-std::string decodeWithOurReader(std::string const& member, Form form = Form::Buffer)
+// What our reader decodes from `member`, in reads of 8192.
+std::string decodeWithOurReader(std::string const& member)
 {
     ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
     ZUMGZIPInputStream gz(memory);
-    return drain(gz, 8192, form);
+    return drain(gz, 8192);
 }
 
 }  // namespace
 
 // Members made by the gzip program and by Python's gzip and zlib modules
 // (every combination of FEXTRA, FNAME, FCOMMENT and FHCRC, a wrong header
-// CRC16 included) decode byte for byte, whole and in 7-byte upstream pieces
-// that split the header and trailer across refills, which ask for 16384.
+// CRC16 included) decode byte for byte in 7-byte upstream pieces that split
+// the header and trailer across refills, which ask for 16384.
 TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
 {
     std::istringstream list(dataFile("gzip/fixtures.txt"));
@@ -52,7 +52,6 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
     for (std::string member_name, content_name; list >> member_name >> content_name; ++fixtures) {
         std::string member = dataFile("gzip/" + member_name);
         std::string content = dataFile("gzip/" + content_name);
-        EXPECT_EQ(decodeWithOurReader(member, Form::Array), content) << member_name;
         ScriptedInputStream pieces(ScriptedInputStream::pieces(member, {7}));
         ZUMGZIPInputStream split(pieces);
         EXPECT_EQ(drain(split, 1000), content) << member_name;

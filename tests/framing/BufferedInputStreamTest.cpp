@@ -37,18 +37,6 @@ TEST(BufferedInputStream, RefillsAskForTheBufferSizeAndReadsDeliverOnlyBufferedB
 
 TEST(BufferedInputStream, UnreadAndUnWrapHandBytesBack)
 {
-    struct Case { int consumed; std::string pushed, rest; } const cases[] = {
-        {6, "XY", "XYgh"},            // after a whole refill: in place, then the next refill
-        {2, "VWXYZ", "VWXYZcdefgh"},  // more than was consumed: no stale bytes
-    };
-    for (auto const& c : cases) {
-        ScriptedInputStream up({ScriptStep::data("abcdef"), ScriptStep::data("gh")});
-        ZUMBufferedInputStream bis(up, 6);
-        char buf[6];
-        ASSERT_EQ(bis.read(buf, c.consumed), c.consumed);
-        bis.unread(c.pushed.data(), static_cast<int>(c.pushed.size()));
-        EXPECT_EQ(drain(bis, 100), c.rest);
-    }
     // Unwrapped: delivers the pushed bytes (successive calls stack), then
     // ends; readline needs a whole line.
     ZUMBufferedInputStream alone(4);
@@ -91,21 +79,4 @@ TEST(BufferedInputStream, ReadlineKeepsTheLineOverAFailure)
     EXPECT_THROW(bis.readline(line), ZUMIOException);
     EXPECT_EQ(bis.readline(line), 5);
     EXPECT_EQ(str(line), "cde\r\n");
-}
-
-// readline has no length limit: a line far longer than the buffer is
-// delivered whole however many refills it spans; a lone CR or LF ends nothing.
-TEST(BufferedInputStream, ReadlineDeliversHugeLinesWhole)
-{
-    std::string const big(3 << 20, 'x');
-    int const n = static_cast<int>(big.size());
-    struct Case { std::string input; std::vector<int> lines; } const cases[] = {
-        {big + "\r\nnext\r\n", {n + 2, 6}}, {big, {n}}, {big + "\r" + big + "\n", {2 * n + 2}}};
-    for (auto const& c : cases) {
-        ZUMMemoryInputStream mem(c.input.data(), static_cast<int>(c.input.size()));
-        ZUMBufferedInputStream bis(mem, 4096);
-        std::vector<int> lines;
-        EXPECT_TRUE(drain(bis, 0, Form::Line, &lines) == c.input);
-        EXPECT_EQ(lines, c.lines);
-    }
 }
