@@ -33,6 +33,7 @@ TEST(Base64Codec, PaddingAndTheNulTerminatedForm)
         {"Zg==Zm9v", false, ""},  // padding in a group that is not the last
         {"Zm9vYmE", false, "foo"}, {"Zm9v\r\nYm", false, "foo"}, {"=m9v", false, ""}, {"Zm=v", false, ""},
         {"Zm9vY===", false, "foo"}, {"Zm9", false, ""},
+        {"Zm9vYmFyZm9vYmFy", true, "foobarfoobar"}, {"Zm9*YmFyZm9vYmFy", false, ""},  // two groups a step
     };
     for (Case const& c : cases) {
         EXPECT_EQ(decodeN(c.text), std::pair(c.ok, c.bytes)) << c.text;

@@ -8,6 +8,9 @@
 
 using Writes = std::vector<std::string>;
 
+// Where the input stream's reads raise from, as its back-trace names them.
+std::string const k_in_read = "@ZUMBase64InputStream::read";
+
 // Both ways: the RFC 4648 vectors; the input stream in every read form.
 TEST(Base64Streams, Rfc4648Vectors)
 {
@@ -120,9 +123,9 @@ TEST(Base64InputStream, WrapUnwrapAndFailures)
 {
     ZUMBase64InputStream in;
     char buf[8];
-    EXPECT_EQ(raised([&] { in.read(buf, 4); }), "RVKIllegalStateError() @ZUMBase64InputStream::read");
+    EXPECT_EQ(raised([&] { in.read(buf, 4); }), "RVKIllegalStateError() " + k_in_read);
     EXPECT_EQ(raised([&] { in.unWrap(); }), "RVKIllegalStateError() @ZUMBase64InputStream::unWrap");
-    ZUMMemoryInputStream first("Zm9v", 4), second("YmFyZm9vYm\r\nYmFy", 16);  // line breaks are not Base64
+    ZUMMemoryInputStream first("Zm9v", 4), second("YmFyZm9vYm\0\nYmFy", 16);  // NUL and line breaks are not Base64
     in.wrap(first);
     EXPECT_EQ(in.read(), 'f');
     in.unWrap();  // drops the held "oo", even over a stream that can't unread
@@ -133,13 +136,17 @@ TEST(Base64InputStream, WrapUnwrapAndFailures)
     EXPECT_EQ(raised([&] { in.read(buf, 3); }), "RVKAssertError(RVK_ASSERT(sta == 0);) @-");
     EXPECT_FALSE(in.canUnread());
     EXPECT_THROW(in.unread("x", 1), char const*);
+    ScriptedInputStream zeros(ScriptedInputStream::pieces("Zm9vYmFy", {3}, true));  // a 0-byte read after each piece
+    ZUMBase64InputStream through;
+    through.wrap(zeros);
+    EXPECT_EQ(drain(through, 64), "foobar");
 
     ScriptedInputStream source(
         {ScriptStep::data("Zm"), ScriptStep::throwText("not implemented"), ScriptStep::throwIO()});
     ZUMBase64InputStream failing;
     failing.wrap(source);
     EXPECT_EQ(raised([&] { errno = 3, failing.read(buf, 3); }),
-              "ZUMIOException(1,3) #TEXT_ERROR 'not implemented' @ZUMBase64InputStream::read");
+              "ZUMIOException(1,3) #TEXT_ERROR 'not implemented' " + k_in_read);
     EXPECT_EQ(raised([&] { failing.read(buf, 3); }), "ZUMIOException(1,5) @ScriptedInputStream::read");
 }
 

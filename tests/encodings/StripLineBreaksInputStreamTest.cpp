@@ -2,6 +2,9 @@
 
 #include "TestStreams.h"
 
+// Where the filter's reads raise from, as its back-trace names them.
+std::string const k_read = "@ZUMStripLineBreaksInputStream::read";
+
 // CR and LF (or all ASCII white space) are dropped wherever they fall in the
 // upstream's reads; every other byte passes in order, in every read form.
 TEST(StripLineBreaksInputStream, DropsLineBreaksOrWhiteSpaceInEveryReadForm)
@@ -59,11 +62,11 @@ TEST(StripLineBreaksInputStream, LongRunsEmptyReadsAndFilterOperations)
     EXPECT_FALSE(strip.canUnread());
     EXPECT_EQ(raised([&] { strip.unread("a", 1); }), "text: not implemented");
     EXPECT_EQ(raised([&] { strip.setTimeout(5); }),
-              "RVKUnsupportedOperationError() @RVK_bool ZUMInputStream::setTimeout( int time_limit_sec )");
+              "RVKUnsupportedOperationError() " + k_set_timeout);
     EXPECT_EQ(raised([&] { strip.read(nullptr, 4); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     strip.unWrap();
     EXPECT_EQ(raised([&] { strip.unWrap(); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::unWrap");
-    EXPECT_EQ(raised([&] { strip.read(); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::read");
+    EXPECT_EQ(raised([&] { strip.read(); }), "RVKIllegalStateError() " + k_read);
     RVKByteBuffer into(0, 16);
-    EXPECT_EQ(raised([&] { strip.read(into, 0); }), "RVKIllegalStateError() @ZUMStripLineBreaksInputStream::read");
+    EXPECT_EQ(raised([&] { strip.read(into, 0); }), "RVKIllegalStateError() " + k_read);
 }

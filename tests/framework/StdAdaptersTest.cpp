@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <istream>
+#include <iterator>
 
 #include "TestStreams.h"
 
@@ -19,6 +20,11 @@ TEST(ZUMInputStreamBuf, LargeReadGoesStraightToTheCallerGiveBackAndFailures)
     EXPECT_EQ(buf.giveBack(), 15);
     EXPECT_EQ(raw.unreads.back(), std::string(15, 'x'));
     EXPECT_EQ(in.get(), 'x');  // the bytes handed back are read again through the stream
+
+    ScriptedInputStream pieces(ScriptedInputStream::pieces("ab\ncd", {2}, true));  // a 0-byte read after each piece
+    ZUMInputStreamBuf pieces_buf(pieces, 8);
+    std::istream text(&pieces_buf);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(text), {}), "ab\ncd");
 
     ScriptedInputStream failing({ScriptStep::throwIO()});
     ZUMInputStreamBuf failing_buf(failing);

@@ -47,7 +47,12 @@ TEST(Throwables, CloneAndHurlKeepTheClassTextCodeAndMessages)
     static RVKMessage numbered(i18n("rvkzummsgs"), 0x91fe8ba5UL);
     struct ErrorCase { std::function<RVKThrowable*()> make; char const* rendered; } const errors[] = {
         {[] { return new RVKThrowable(7, "t"); }, "RVKThrowable(t) @- @m"},
+        {[] { return new RVKAssertError(7, "t"); }, "RVKAssertError(t) @- @m"},
         {[] { return new RVKIllegalStateError(7, "t"); }, "RVKIllegalStateError(t) @- @m"},
+        {[] { return new RVKIllegalArgumentError(7, "t"); }, "RVKIllegalArgumentError(t) @- @m"},
+        {[] { return new RVKUnsupportedOperationError(7, "t"); }, "RVKUnsupportedOperationError(t) @- @m"},
+        {[] { return new RVKUnexpectedError(7, "t"); }, "RVKUnexpectedError(t) @- @m"},
+        {[] { return new RVKOutOfMemoryError(7, "t"); }, "RVKOutOfMemoryError(t) @- @m"},
         {[] { return new RVKStdExceptionError(k_std_error); }, "RVKStdExceptionError(standard failure) @- @m"},
         {[=] { return &(*new RVKException(error, 7L) << kept << numbered); },
          "RVKException(1,7) 'kept' #FILE_READ_FAILED @- @m"},

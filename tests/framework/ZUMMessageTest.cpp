@@ -39,7 +39,7 @@ TEST(RVKMessage, CatalogKnowsTheLibraryNumbersAndHasMessageFindsThem)
     }
     EXPECT_EQ(messageText(RVKMessage(i18n("rvkzummsgs"), 0x1234UL)), "rvkzummsgs#0x1234");
     EXPECT_EQ(messageText(RVKMessage(i18n("othermsgs"), 0x91fdd700UL)), "othermsgs#0x91fdd700");
-    ZUMIOTimeoutException e(static_cast<RVKSeverity>(1), 4L);
+    ZUMIOTimeoutException e(4L);
     e << RVKMessageString(i18n("first")) << ZUMMessage(ZUMMessage::FILE_READ_FAILED)
       << RVKMessage(i18n("othermsgs"), ZUMMessage::GZIP_CORRUPT);
     ZUMIOException const& base = e;

@@ -60,6 +60,7 @@ TEST(ChunkedInputStream, UnreadAndUnWrapBetweenChunks)
     ZUMChunkedInputStream chunked(mem, 64);
     char buf[100];
     ASSERT_EQ(chunked.read(buf, 100), 5);
+    EXPECT_EQ(chunked.canUnread(), 1);
     chunked.unread("XY", 2);
     EXPECT_EQ(chunked.read(buf, 100), 2);
     ASSERT_EQ(chunked.read(buf, 2), 2);
