@@ -80,4 +80,10 @@ TEST(BufferedInputStream, ReadlineKeepsTheLineOverAFailure)
     EXPECT_THROW(bis.readline(line), ZUMIOException);
     EXPECT_EQ(bis.readline(line), 5);
     EXPECT_EQ(str(line), "cde\r\n");
+    std::string const nul_line("ab\0c\r\nd", 7);  // a CR LF behind a NUL is not seen: one line
+    ZUMMemoryInputStream nul(nul_line.data(), 7);
+    ZUMBufferedInputStream past_nul(nul, 64);
+    std::vector<int> lines;
+    EXPECT_EQ(drain(past_nul, 0, Form::Line, &lines), nul_line);
+    EXPECT_EQ(lines, std::vector<int>{7});
 }
