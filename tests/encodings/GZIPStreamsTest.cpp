@@ -31,20 +31,20 @@ std::string compress(std::string const& content, std::size_t piece = 1 << 30)
     return down.all();
 }
 
-// What our reader decodes from `member`, in reads of 8192 in `form`.
-std::string decodeWithOurReader(std::string const& member, Form form = Form::Buffer)
+// What our reader decodes from `member`, in reads of 8192.
+std::string decodeWithOurReader(std::string const& member)
 {
     ZUMMemoryInputStream memory(member.data(), static_cast<int>(member.size()));
     ZUMGZIPInputStream gz(memory);
-    return drain(gz, 8192, form);
+    return drain(gz, 8192);
 }
 
 }  // namespace
 
 // Members made by the gzip program and by Python's gzip and zlib modules
 // (every combination of FEXTRA, FNAME, FCOMMENT and FHCRC, a wrong header
-// CRC16 included) decode byte for byte, whole and in 7-byte upstream pieces
-// that split the header and trailer across refills, which ask for 16384.
+// CRC16 included) decode byte for byte in 7-byte upstream pieces that split
+// the header and trailer across refills, which ask for 16384.
 TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
 {
     std::istringstream list(dataFile("gzip/fixtures.txt"));
@@ -52,7 +52,6 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
     for (std::string member_name, content_name; list >> member_name >> content_name; ++fixtures) {
         std::string member = dataFile("gzip/" + member_name);
         std::string content = dataFile("gzip/" + content_name);
-        EXPECT_EQ(decodeWithOurReader(member, Form::Array), content) << member_name;
         ScriptedInputStream pieces(ScriptedInputStream::pieces(member, {7}));
         ZUMGZIPInputStream split(pieces);
         EXPECT_EQ(drain(split, 1000), content) << member_name;
@@ -69,11 +68,11 @@ TEST(GZIPInputStream, DecodesMembersOfOtherProducersAndTheEmptyMember)
     RVKByteBuffer buf;
     EXPECT_EQ(raised([&] { gz.read(nullptr, 1); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     EXPECT_THROW(gz.read(&c, -1), RVKAssertError);
-    EXPECT_EQ(gz.read(&c, 0) + gz.read(buf, 0), -1);
+    EXPECT_EQ((Row{gz.read(&c, 0), gz.read(buf, 0)}), (Row{0, -1}));
     EXPECT_EQ(up.counts.size(), 1u);
     EXPECT_EQ(drain(gz, 0, Form::Byte), "\xff\x00\xff\x7f\x80"s);
-    EXPECT_EQ(gz_none.read(&c, 1), 0);
-    EXPECT_EQ(gz_none.read(&c, 1) + gz_none.read(&c, 1) + gz_none.read(), -3);
+    EXPECT_EQ((std::vector<int>{gz_none.read(&c, 1), gz_none.read(&c, 1), gz_none.read(&c, 1), gz_none.read()}),
+              (std::vector<int>{0, -1, -1, -1}));
 }
 
 // Behind the member, unWrap hands back the read-ahead starting with the next
@@ -89,7 +88,7 @@ TEST(GZIPInputStream, UnwrapHandsBackUnconsumedInput)
     gz.unWrap();
     ASSERT_EQ(up.unreads.size(), 1u);
     EXPECT_EQ(up.unreads[0], second.substr(0, 16384 - first.size()));
-    EXPECT_EQ(raised([&] { gz.read(); }), "RVKIllegalStateError() @ZUMGZIPInputStream::read");
+    EXPECT_EQ(raised([&] { gz.read(); }), "RVKIllegalStateError() " + k_read);
     gz.wrap(up);
     EXPECT_EQ(gz.read(), static_cast<unsigned char>(content[0]));  // mid-member, then unwrapped
     gz.unWrap();
@@ -173,12 +172,13 @@ TEST(GZIPInputStream, FailureTable)
     std::string out(30000, '\0');
     RVKByteBuffer buf(0, 16);
     buf.appendChars("ab", 2);
-    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }) + raised([&] { into_buffer.read(buf, 30000); }),
-              failure(-3, "GZIP_CRC_MISMATCH") + failure(-3, "GZIP_CRC_MISMATCH"));
-    EXPECT_TRUE(out.substr(0, content.size()) == content && str(buf) == "ab");
+    EXPECT_EQ(raised([&] { into_array.read(&out[0], 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
+    EXPECT_EQ(raised([&] { into_buffer.read(buf, 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
+    EXPECT_TRUE(out.substr(0, content.size()) == content);
+    EXPECT_EQ(str(buf), "ab");
 }
 
-// Members of every size decode with the gzip program and with our reader.
+// Members of every size decode with our reader.
 // During write() the header goes down in one write, then only whole
 // 16,384-byte blocks; at finish() the waiting bytes, the rest of the deflate
 // data, the CRC-32 and the length in separate writes, then one flush. The
@@ -188,8 +188,6 @@ TEST(GZIPInputStream, FailureTable)
 // pieces.
 TEST(GZIPOutputStream, MembersMatchZlibGoDownInBlocksAndDecodeEverywhere)
 {
-    bool gzip_program = haveProgram("gzip");
-    TempDir dir;
     for (std::size_t size : {0u, 1u, 16383u, 16384u, 16385u, 40000u, 1u << 20}) {
         std::string content = mixedData(size, static_cast<unsigned>(size)), zlib = zlibDeflate(content);
         std::string reference = zlibDeflate(content, -15);
@@ -214,15 +212,7 @@ TEST(GZIPOutputStream, MembersMatchZlibGoDownInBlocksAndDecodeEverywhere)
             EXPECT_EQ(down.writes.back(), zlib.substr(zlib.size() - 4));
             EXPECT_EQ(down.flushes, 1);
             EXPECT_TRUE(decodeWithOurReader(member) == content) << size << " in " << piece;
-            std::string file = dir.write("m.gz", member);
-            EXPECT_TRUE(!gzip_program || piece < size ||
-                        (runCommand("gzip -dc < " + shellQuoted(file) + " > " + shellQuoted(file + ".out")) &&
-                         readFile(file + ".out") == content))
-                << "gzip -d, " << size;
         }
-    }
-    if (!gzip_program) {
-        GTEST_SKIP() << "no gzip program: decoding by gzip not checked";
     }
 }
 
@@ -247,7 +237,7 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
     EXPECT_EQ(empty.sizes(), (std::vector<std::size_t>{10, 2, 4, 4}));
     EXPECT_EQ(empty.all(), k_header + "\x03\x00"s + std::string(8, '\0'));
     EXPECT_EQ(destroyed.all(), compress("abc"));
-    EXPECT_EQ(destroyed.flushes + empty.flushes + dropped.flushes, 2);
+    EXPECT_EQ((Row{empty.flushes, destroyed.flushes, dropped.flushes}), (Row{1, 1, 0}));
     EXPECT_EQ(dropped.writes.size(), 1u);
 
     std::string content = mixedData(30000, 4);
@@ -261,7 +251,7 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
     gz.finish();
     gz.write("next", 4);  // after finish(), a write opens a new member
     gz.finish();
-    EXPECT_EQ(first.flushes + second.flushes, 2);
+    EXPECT_EQ((Row{first.flushes, second.flushes}), (Row{0, 2}));
     std::string all = first.all() + second.all();
     std::size_t next = all.size() - compress("next").size();
     EXPECT_TRUE(decodeWithOurReader(all.substr(0, next)) == content);

@@ -9,21 +9,21 @@ TEST(ZUMMemoryInputStream, ReadsAnArrayOrABufferTheCallerAppendsToAndRewindsOnOp
     EXPECT_EQ(drain(in, 0, Form::Byte), bytes);  // byte values as 0 to 255
     char buf[4] = {'#'};
     RVKByteBuffer b;
-    EXPECT_EQ(in.read() + in.read(buf, 3) + in.read(buf, 0) + in.read(b, 0), -4);
+    EXPECT_EQ((Row{in.read(), in.read(buf, 3), in.read(buf, 0), in.read(b, 0)}), (Row{-1, -1, -1, -1}));
     EXPECT_EQ(in.open(), 1);
-    EXPECT_EQ(in.read(buf, 0) + in.read(b, 0), 0);  // nothing asked, not at the end
-    EXPECT_EQ(in.read(buf, -1) + in.read(b, -1), -2);
+    EXPECT_EQ((Row{in.read(buf, 0), in.read(b, 0)}), (Row{0, 0}));  // nothing asked, not at the end
+    EXPECT_EQ((Row{in.read(buf, -1), in.read(b, -1)}), (Row{-1, -1}));
     EXPECT_EQ(raised([&] { in.read(nullptr, 5); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     EXPECT_EQ(in.read(buf, 3), 3);
     EXPECT_EQ(drain(in, 100), bytes.substr(3));
     in.close();
-    EXPECT_EQ(in.read() + in.read(buf, 3) + in.read(b, 3) + in.readFully(b, 1), -4);
+    EXPECT_EQ((Row{in.read(), in.read(buf, 3), in.read(b, 3), in.readFully(b, 1)}), (Row{-1, -1, -1, -1}));
     EXPECT_EQ(raised([&] { in.read(nullptr, -1); }), "RVKAssertError(RVK_ASSERT(buf);) @-");
     EXPECT_EQ(in.open(), 1);
     EXPECT_EQ(in.read(), 255);
     ZUMMemoryInputStream none(nullptr, 10), negative("abc", -1);  // bad arguments: closed
-    EXPECT_EQ(none.isOpen() + negative.isOpen() + none.open(), 0);
-    EXPECT_EQ(none.read() + negative.read(), -2);
+    EXPECT_EQ((Row{none.isOpen(), negative.isOpen(), none.open()}), (Row{0, 0, 0}));
+    EXPECT_EQ((Row{none.read(), negative.read()}), (Row{-1, -1}));
 
     // Over a byte buffer: what the caller appends later is read.
     RVKByteBuffer source(0, 1);
@@ -39,9 +39,9 @@ TEST(ZUMMemoryInputStream, ReadsAnArrayOrABufferTheCallerAppendsToAndRewindsOnOp
     EXPECT_EQ(over.open(), 1);
     source.appendChars("z", 1);
     EXPECT_EQ(over.read(), 'z');
-    EXPECT_EQ(over.canUnread() + over.open(nullptr, 5) + over.open(), 0);
+    EXPECT_EQ((Row{over.canUnread(), over.open(nullptr, 5), over.open()}), (Row{0, 0, 0}));
     delete new ZUMMemoryInputStream(source);  // destroying a stream leaves its source alone
-    EXPECT_EQ(over.open(source) + over.read(), 1 + 'z');
+    EXPECT_EQ((Row{over.open(source), over.read()}), (Row{1, 'z'}));
 }
 
 TEST(ZUMMemoryOutputStream, CollectsWritesUntilReset)

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "TestFiles.h"
 #include "TestStreams.h"
 
 using Writes = std::vector<std::string>;
@@ -52,68 +51,4 @@ TEST(ChunkedOutputStream, WritePatternUnwrapAndDestruction)
     out.close();
     out.close();
     EXPECT_EQ(down.all(), "3\r\nabc\r\n1\r\nd\r\n0\r\n\r\n0\r\n\r\n");
-}
-
-// Bodies of every size in chunks of every size, written in pieces of varying
-// sizes, and the writing mirror of the typical response (gzip on chunked on
-// buffered on a file, ended the way a sender does: finish, close, flush) read
-// back through our input chain and through Python's HTTP client, gzip -d
-// after it for the gzip member.
-TEST(ChunkedOutputStream, IndependentDecoderAndOurReaderReadEveryBody)
-{
-    TempDir dir;
-    std::string command = "python3 " + shellQuoted(ZUM_TEST_DATA_DIR "/chunked/dechunk.py");
-    std::vector<std::pair<std::string, std::string>> expected;
-    for (int chunk : {1, 4, 4096, 16384}) {
-        for (std::size_t size : {0, 1, 3, 4, 5, 4095, 4096, 4097, 16383, 16384, 16385, 100000}) {
-            std::string body = testBytes(size, static_cast<unsigned>(size));
-            ZUMMemoryOutputStream wire;
-            ZUMChunkedOutputStream out(wire, chunk);
-            writeInPieces(out, body, {1, 7, 100, 5000, 3, 20000});
-            out.close();
-            std::string name = dir.write("c" + std::to_string(chunk) + "-" + std::to_string(size), str(wire));
-            command += " " + shellQuoted(name);
-            expected.emplace_back(name, body);
-            // The empty trailer is left in the buffered stream, then what follows.
-            std::string const then = str(wire) + "after";
-            ZUMMemoryInputStream source(then.data(), static_cast<int>(then.size()));
-            ZUMBufferedInputStream bis(source, 1000);
-            EXPECT_TRUE(readChunkedBody(bis, false, 3000) == body) << "chunk " << chunk << ", " << size << " bytes";
-            EXPECT_EQ(drain(bis, 0, Form::Line), "\r\nafter");
-        }
-    }
-    std::string const data = mixedData(150000, 3);
-    for (auto [chunk, buffer] : {std::pair{4096, 8192}, {1000, 4096}, {16384, 1000}, {7, 3}}) {
-        std::string path = dir.file("body-" + std::to_string(chunk) + "-" + std::to_string(buffer));
-        {
-            ZUMFileOutputStream file(path.c_str(), 0);
-            ZUMBufferedOutputStream buffered(file, buffer);
-            ZUMChunkedOutputStream chunked(buffered, chunk);
-            ZUMGZIPOutputStream gzip(chunked);
-            writeInPieces(gzip, data, {1, 13, 700, 5000, 40000});
-            gzip.finish();
-            chunked.close();
-            buffered.flush();
-            file.close();
-        }
-        // The member fills the body; behind the last chunk: the empty trailer,
-        // then the end of the file.
-        ZUMFileInputStream file(path.c_str());
-        ZUMBufferedInputStream buffered(file, 4096);
-        EXPECT_TRUE(readChunkedBody(buffered, true, 16384) == data + "|") << path;
-        EXPECT_EQ(drain(buffered, 0, Form::Line), "\r\n");
-    }
-    std::string const chain = dir.file("body-4096-8192");
-    if (!haveProgram("python3")) {
-        GTEST_SKIP() << "python3 not found: the independent chunked decoder cannot run";
-    }
-    ASSERT_TRUE(runCommand(command + " " + shellQuoted(chain)));
-    for (auto const& [name, body] : expected) {
-        EXPECT_TRUE(readFile(name + ".out") == body) << name;
-    }
-    if (!haveProgram("gzip")) {
-        GTEST_SKIP() << "gzip not found: the member of the output chain is not decoded independently";
-    }
-    ASSERT_TRUE(runCommand("gzip -dc < " + shellQuoted(chain + ".out") + " > " + shellQuoted(chain + ".plain")));
-    EXPECT_TRUE(readFile(chain + ".plain") == data);
 }

@@ -1,7 +1,8 @@
 // Reads in steady state allocate nothing: the buffered stream reuses its
 // buffer for every refill and line, the chunked stream its chunk-size line
 // (the strict one reads size lines byte by byte into no buffer at all),
-// the gzip stream its zlib record and input buffer.
+// the gzip stream its zlib record and input buffer, the line-break filter
+// the caller's buffer.
 
 #include <gtest/gtest.h>
 
@@ -132,4 +133,20 @@ TEST(SteadyStateAllocation, StrictBase64ReadsAllocateNothing)
         EXPECT_EQ(readInto(b64, out, 7000), data.size());
         EXPECT_EQ(allocationCount() - before, 0u) << (t == &mime ? "blanks skipped" : "plain");
     }
+}
+
+TEST(SteadyStateAllocation, LineBreakFilterReadsAllocateNothing)
+{
+    std::string text;
+    for (int i = 0; i < 200; ++i) {
+        text += "QUJDREVGR0hJSktMTU5PUFFSU1RVVldYWVo=\r\n";
+    }
+    ZUMMemoryInputStream raw(text.data(), static_cast<int>(text.size()));
+    ZUMStripLineBreaksInputStream strip(raw);
+    RVKByteBuffer into(static_cast<unsigned>(text.size()) + 1, 16);
+    std::size_t const before = allocationCount();
+    while (strip.read(into, 50) >= 0) {
+    }
+    EXPECT_EQ(allocationCount() - before, 0u);
+    EXPECT_EQ(into.pcount(), 200 * 36);
 }

@@ -111,11 +111,12 @@ inline std::string shellQuoted(std::string const& path)
 }
 
 // zlib's deflate over `content` in one call, with the given window bits (-15:
-// raw deflate, 31: a gzip member made by zlib).
-inline std::string zlibDeflate(std::string const& content, int window_bits = 31)
+// raw deflate, 31: a gzip member made by zlib), level and strategy.
+inline std::string zlibDeflate(std::string const& content, int window_bits = 31, int level = Z_DEFAULT_COMPRESSION,
+                               int strategy = Z_DEFAULT_STRATEGY)
 {
     z_stream z{};
-    deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, window_bits, 8, Z_DEFAULT_STRATEGY);
+    deflateInit2(&z, level, Z_DEFLATED, window_bits, 8, strategy);
     std::string out(deflateBound(&z, content.size()) + 64, '\0');
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
     z.avail_in = static_cast<uInt>(content.size());

@@ -23,6 +23,13 @@
 // (AllocationCounter.cpp): a test reads it before and after what it measures.
 std::size_t allocationCount();
 
+// The method text that the input stream base class's setTimeout() puts in a
+// back-trace: its own wording, documented nowhere, kept in this one place.
+inline std::string const k_set_timeout = "@RVK_bool ZUMInputStream::setTimeout( int time_limit_sec )";
+
+// The results of several calls, made in order, compared as one row.
+using Row = std::vector<long>;
+
 // One scripted read result: bytes to deliver (none gives 0), the end of the
 // stream (-1), or a text exception / ZUMIOException (code 5) to throw.
 struct ScriptStep {

@@ -1,6 +1,6 @@
 // The gzip input stream built with zlib's inflater, as the default build has
 // it, under the class name ZUMGZIPZlibInputStream: the fast inflate build's
-// tests, fuzz target and benchmark run it beside the library's ISA-L stream.
+// fuzz target and benchmark run it beside the library's ISA-L stream.
 
 #undef ZUM_FAST_INFLATE
 #define ZUMGZIPInputStream ZUMGZIPZlibInputStream

@@ -5,14 +5,13 @@
 // inflater) and through the same stream built with zlib's inflater, and says
 // how the two differ: in the bytes delivered, in what is raised and where
 // the stream stands afterwards, in the bytes handed back by unWrap(), and in
-// the upstream reads. Shared by the test suite and the fuzz target of the
-// fast inflate build.
+// the upstream reads. Used by the fuzz target of the fast inflate build.
 
 #include <memory>
 
 #include <zlib.h>
 
-#include "../../support/TestStreams.h"
+#include "../../tests/support/TestStreams.h"
 
 // The gzip input stream built with zlib's inflater (ZlibGZIPInputStream.cpp),
 // unwrapped.
