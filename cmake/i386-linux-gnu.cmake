@@ -3,9 +3,9 @@
 # zlib1g-dev:i386, which find_package(ZLIB) finds here by itself.
 #
 #   cmake -S . -B build-m32 -G Ninja --toolchain cmake/i386-linux-gnu.cmake
-set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_SYSTEM_PROCESSOR i686)
-
+#
+# It is not a cross build: an x86-64 kernel runs the 32-bit programs (tests,
+# zumcat) itself, and GNUInstallDirs keeps Debian's multiarch layout.
 set(CMAKE_C_COMPILER gcc)
 set(CMAKE_CXX_COMPILER g++)
 # -m32 starts CMAKE_<LANG>_FLAGS: flags of your own go into the per-type
