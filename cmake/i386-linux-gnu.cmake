@@ -16,7 +16,8 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT -m32)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -m32)
 set(CMAKE_MODULE_LINKER_FLAGS_INIT -m32)
 
-# Libraries are searched in the i386 multiarch folders (/usr/lib/i386-linux-gnu)
-# and, as CMake does for every 32-bit Linux build, in /usr/lib32; never in the
-# 64-bit ones. Installing under /usr puts the libraries in lib/i386-linux-gnu.
+# Libraries are searched in /usr/lib32 (Debian's lib32z1-dev) and in the i386
+# multiarch folders (/usr/lib/i386-linux-gnu), never in the 64-bit ones.
+# Installing under /usr puts the libraries in lib/i386-linux-gnu.
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+list(APPEND CMAKE_LIBRARY_PATH /usr/lib32)
