@@ -9,6 +9,8 @@
 // filters pass it through unchanged.
 class ZUM_API ZUMIOCancelException : public ZUMIOException {
 public:
+    // Copies an exception; from a code or a text (copied), with severity
+    // RVK_SEVERITY_NONE when none is given.
     ZUMIOCancelException(ZUMIOCancelException const& other);
     explicit ZUMIOCancelException(long code);
     ZUMIOCancelException(RVKSeverity severity, long code);

@@ -9,6 +9,8 @@
 // numbered message of the catalog "rvkzummsgs", possibly followed by texts.
 class ZUM_API ZUMIOException : public RVKException {
 public:
+    // Copies an exception; from a code or a text (copied), with severity
+    // RVK_SEVERITY_NONE when none is given.
     ZUMIOException(ZUMIOException const& other);
     explicit ZUMIOException(long code);
     ZUMIOException(RVKSeverity severity, long code);

@@ -9,6 +9,8 @@
 // raises it; the filters pass it through unchanged.
 class ZUM_API ZUMIOTimeoutException : public ZUMIOException {
 public:
+    // Copies an exception; from a code or a text (copied), with severity
+    // RVK_SEVERITY_NONE when none is given.
     ZUMIOTimeoutException(ZUMIOTimeoutException const& other);
     explicit ZUMIOTimeoutException(long code);
     ZUMIOTimeoutException(RVKSeverity severity, long code);

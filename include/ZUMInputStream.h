@@ -62,6 +62,7 @@ public:
 
 protected:
     ZUMInputStream() = default;
+    // For the derived streams' copies; the base holds no state.
     ZUMInputStream(ZUMInputStream const&) = default;
     ZUMInputStream& operator=(ZUMInputStream const&) = default;
 };

@@ -34,6 +34,8 @@ public:
     int giveBack();
 
 protected:
+    // The std::streambuf operations: refill the get area from the stream,
+    // read past it straight into the caller's memory, and count what is held.
     int_type underflow() override;
     std::streamsize xsgetn(char_type* s, std::streamsize n) override;
     std::streamsize showmanyc() override;

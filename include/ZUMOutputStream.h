@@ -21,6 +21,7 @@ public:
 
 protected:
     ZUMOutputStream() = default;
+    // For the derived streams' copies; the base holds no state.
     ZUMOutputStream(ZUMOutputStream const&) = default;
     ZUMOutputStream& operator=(ZUMOutputStream const&) = default;
 };

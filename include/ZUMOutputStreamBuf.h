@@ -29,6 +29,8 @@ public:
     ~ZUMOutputStreamBuf() override;
 
 protected:
+    // The std::streambuf operations: pass the put area and a byte on to the
+    // stream, write large pieces straight through, and flush.
     int_type overflow(int_type c) override;
     std::streamsize xsputn(char_type const* s, std::streamsize n) override;
     int sync() override;

@@ -22,6 +22,7 @@ public:
     // converts the bytes first (see I18NConverter).
     I18NString(char const* text, char const* encoding, int length,
                I18NConverter converter, void* context);
+    // Copies hold their own text.
     I18NString(I18NString const&) = default;
     I18NString& operator=(I18NString const&) = default;
     ~I18NString();
@@ -33,6 +34,7 @@ public:
     char const* c_str() const { return m_text.c_str(); }
     // Its length in bytes.
     int length() const { return static_cast<int>(m_text.size()); }
+    // Whether the length is 0.
     bool empty() const { return m_text.empty(); }
 
     // Appends a NUL-terminated text.

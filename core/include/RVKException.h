@@ -10,6 +10,8 @@
 // code, each as its English text where the catalog knows it.
 class RVK_API RVKException : public RVKThrowable, public RVKMessageSet {
 public:
+    // Copies the code, text, back trace, severity and every message; from a
+    // code or a text (copied), with RVK_SEVERITY_NONE when none is given.
     RVKException(RVKException const& other);
     explicit RVKException(long code);
     RVKException(RVKSeverity severity, long code);
@@ -17,10 +19,12 @@ public:
     RVKException(RVKSeverity severity, char const* text);
     ~RVKException() override;
 
+    // Copies as the copy constructor does; returns the exception.
     RVKException& operator=(RVKException const& other);
     // Appends a copy of `message`; returns the exception.
     RVKException& operator<<(RVKMessageBase const& message);
 
+    // The severity given at construction.
     RVKSeverity getSeverity() const { return m_severity; }
 
     RVK_THROWABLE_OPERATIONS(RVKException);

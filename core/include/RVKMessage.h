@@ -9,6 +9,7 @@
 // falls back to "<catalog>#0x<number in hex>" for numbers it does not know.
 class RVK_API RVKMessage : public RVKMessageBase {
 public:
+    // Message `number` of the catalog `msgFile`; copies name the same message.
     RVKMessage(I18NString const& msgFile, unsigned long number);
     RVKMessage(RVKMessage const&) = default;
     RVKMessage& operator=(RVKMessage const&) = default;
@@ -19,8 +20,10 @@ public:
     I18NString& format(char const* prefix, char const* suffix, I18NString& out) const override;
     // The catalog name.
     virtual I18NString const& getMsgFile() const { return m_msg_file; }
+    // Names another catalog.
     virtual void setMsgFile(I18NString& msgFile) { m_msg_file = msgFile; }
 
+    // The message number.
     unsigned long getMsgNumber() const { return m_number; }
 
 private:

@@ -20,10 +20,12 @@ public:
     // As format; `indent` spaces go in front. Returns `out`.
     virtual I18NString& toString(char const* prefix, char const* suffix, I18NString& out,
                                  int indent) const;
+    // The severity of the message, and setting it.
     virtual RVKSeverity getSeverity() const { return m_severity; }
     virtual void setSeverity(RVKSeverity severity) { m_severity = severity; }
 
 protected:
+    // Copies keep the severity; for the derived classes' copies.
     RVKMessageBase(RVKMessageBase const&) = default;
     RVKMessageBase& operator=(RVKMessageBase const&) = default;
 

@@ -13,12 +13,14 @@
 class RVK_API RVKMessageSet {
 public:
     RVKMessageSet();
+    // Copies every message (clone()). Raises RVKOutOfMemoryError.
     RVKMessageSet(RVKMessageSet const& other);
     RVKMessageSet& operator=(RVKMessageSet const& other);
     virtual ~RVKMessageSet();
 
     // Appends a copy of `message`. Raises RVKOutOfMemoryError.
     void addMessage(RVKMessageBase const& message);
+    // The number of messages.
     std::size_t getMessageCount() const { return m_messages.size(); }
     // Message i (0 is the first added). Raises RVKIllegalArgumentError when
     // out of range.

@@ -7,6 +7,7 @@
 // A message that is a plain text.
 class RVK_API RVKMessageString : public RVKMessageBase {
 public:
+    // A message of `text` (copied); copies hold their own text.
     explicit RVKMessageString(I18NString const& text);
     RVKMessageString(RVKMessageString const&) = default;
     RVKMessageString& operator=(RVKMessageString const&) = default;

@@ -10,6 +10,7 @@
 // is the caught exception's what(), its code 0.
 class RVK_API RVKStdExceptionError : public RVKThrowable {
 public:
+    // Takes the text of `caught`'s what().
     explicit RVKStdExceptionError(std::exception const& caught);
     RVK_THROWABLE_OPERATIONS(RVKStdExceptionError);
 };

@@ -14,10 +14,13 @@
 // the method text given there (may be null) and the name of the raising macro
 // ("RVK_THROW", "RVK_RETHROW"). The entry keeps its own copies of the texts.
 struct RVK_API RVKBackTraceEntry {
+    // An entry for `where`, copying both texts (a null macro name gives "");
+    // copies hold their own texts.
     RVKBackTraceEntry(RVKFileLocation const& where, char const* methodText, char const* macroName);
     RVKBackTraceEntry(RVKBackTraceEntry const& other);
     RVKBackTraceEntry& operator=(RVKBackTraceEntry const& other);
 
+    // Where the throwable was raised or passed through.
     RVKFileLocation location;
     char const* method;  // null, or points into this entry's own copy
     char const* macro;   // never null ("" when none was given)
@@ -43,6 +46,8 @@ private:
 // RVKException with their English texts where the catalog knows them.
 class RVK_API RVKThrowable : public std::exception {
 public:
+    // With `code` and a copy of `text` (may be null); copies hold their own
+    // text and back trace.
     RVKThrowable(long code, char const* text);
     RVKThrowable(RVKThrowable const&) = default;
     RVKThrowable& operator=(RVKThrowable const&) = default;
@@ -71,9 +76,11 @@ public:
     // Appends a back-trace entry.
     void addBackTrace(RVKFileLocation const& where, char const* method, char const* macro);
 
+    // The code given at construction.
     long getCode() const { return m_code; }
     // The text given at construction, or null.
     char const* getText() const { return m_has_text ? m_text.c_str() : nullptr; }
+    // The number of back-trace entries.
     std::size_t getBackTraceSize() const { return m_trace.size(); }
     // Entry i (0 is the oldest). Raises RVKIllegalArgumentError when out of range.
     RVKBackTraceEntry const& getBackTraceEntry(std::size_t i) const;

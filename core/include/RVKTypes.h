@@ -17,8 +17,8 @@ enum RVKSeverity {
 
 // A place in the source: the raising file and line, in that order.
 struct RVKFileLocation {
-    char const* file;
-    int line;
+    char const* file;  // the source file name
+    int line;          // its line
 };
 
 #endif

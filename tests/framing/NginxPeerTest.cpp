@@ -7,6 +7,7 @@
 // where there is none.
 
 #include <arpa/inet.h>
+#include <signal.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -69,10 +70,27 @@ std::string fetch(int port, std::string const& path)
     return response;
 }
 
-// Stops the nginx started with `command` when the test ends, whatever happens.
+// Stops the nginx started with `command` when the test ends, whatever happens,
+// and waits (up to 10 seconds) for its master process, named in `pidFile`, to
+// exit, so that nothing writes to the folder while it is removed.
 struct NginxStopper {
     std::string command;
-    ~NginxStopper() { runCommand(command + " -s stop 2>/dev/null"); }
+    std::string pidFile;
+    ~NginxStopper()
+    {
+        long pid = std::strtol(readFile(pidFile).c_str(), nullptr, 10);
+        runCommand(command + " -s stop 2>/dev/null");
+        for (int tries = 0; pid > 0 && tries < 500 && running(static_cast<pid_t>(pid)); ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+    // Whether `pid` is a live process (a zombie awaiting its parent is not).
+    static bool running(pid_t pid)
+    {
+        std::string stat = readFile("/proc/" + std::to_string(pid) + "/stat");
+        std::size_t end = stat.rfind(')');
+        return kill(pid, 0) == 0 && !(end != std::string::npos && stat.compare(end, 3, ") Z") == 0);
+    }
 };
 
 }  // namespace
@@ -112,7 +130,7 @@ TEST(NginxPeer, DecodesGzipChunkedResponsesToTheFilesBytes)
     std::string command = shellQuoted(program) + " -p " + shellQuoted(dir.path() + "/") + " -c " +
                           shellQuoted(dir.write("nginx.conf", conf)) + " -e " + shellQuoted(dir.file("error.log"));
     ASSERT_TRUE(port != 0 && runCommand(command + " 2>/dev/null")) << "nginx did not start";
-    NginxStopper stopper{command};
+    NginxStopper stopper{command, dir.file("nginx.pid")};
 
     for (std::size_t size : sizes) {
         SCOPED_TRACE(size);
