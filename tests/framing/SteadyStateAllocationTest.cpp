@@ -1,8 +1,8 @@
 // Reads in steady state allocate nothing: the buffered stream reuses its
 // buffer for every refill and line, the chunked stream its chunk-size line
 // (the strict one reads size lines byte by byte into no buffer at all),
-// the gzip stream its zlib record and input buffer, the line-break filter
-// the caller's buffer.
+// the gzip streams their zlib record and input buffer, the strict Base64
+// stream its text buffer, the line-break filter the caller's buffer.
 
 #include <gtest/gtest.h>
 
@@ -46,9 +46,30 @@ void expectSecondBodyAllocatesNothing(std::string const& twice, std::string cons
     EXPECT_TRUE(std::string(out.data(), done) == data) << name;
 }
 
+// After the first read of a Stream over `input` (constructed with `args`
+// after the stream beneath), the rest of it and all of `input` again after
+// unWrap and wrap allocate nothing and decode to `expected`.
+template <class Stream, class... Args>
+void expectReadsAfterTheFirstAllocateNothing(std::string const& input, std::string const& expected, char const* name,
+                                             Args... args)
+{
+    ZUMMemoryInputStream first(input.data(), static_cast<int>(input.size()));
+    ZUMMemoryInputStream second(input.data(), static_cast<int>(input.size()));
+    Stream stream(first, args...);
+    std::vector<char> out(expected.size() + 1);
+    ASSERT_EQ(stream.read(out.data(), 1), 1) << name;
+    std::size_t const before = allocationCount();
+    EXPECT_EQ(readInto(stream, out, 3000), expected.size() - 1) << name;
+    stream.unWrap();
+    stream.wrap(second);
+    std::size_t const done = readInto(stream, out, 5000);
+    EXPECT_EQ(allocationCount() - before, 0u) << name;
+    EXPECT_TRUE(std::string(out.data(), done) == expected) << name;
+}
+
 }  // namespace
 
-TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
+TEST(SteadyStateAllocation, ChunkedGzipAndBase64ReadsAllocateNothing)
 {
     std::string body, data;
     for (int i = 0; i < 400; ++i) {
@@ -62,21 +83,19 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     expectSecondBodyAllocatesNothing<ZUMChunkedInputStream>(twice, data, "chunked");
     expectSecondBodyAllocatesNothing<ZUMStrictChunkedInputStream>(twice, data, "strict chunked");
 
-    // After the first read of a gzip stream, also for the next member after
-    // unWrap and wrap.
+    // Gzip input, single- and multi-member (member boundaries included), and
+    // strict Base64 text, blanks skipped or not.
     std::string content = mixedData(200000, 13), member = zlibDeflate(content);
-    ZUMMemoryInputStream gz_first(member.data(), static_cast<int>(member.size()));
-    ZUMMemoryInputStream gz_second(member.data(), static_cast<int>(member.size()));
-    ZUMGZIPInputStream gz(gz_first);
-    std::vector<char> plain(content.size() + 1);
-    ASSERT_EQ(gz.read(plain.data(), 1), 1);
-    std::size_t before = allocationCount();
-    EXPECT_EQ(readInto(gz, plain, 3000), content.size() - 1);
-    gz.unWrap();
-    gz.wrap(gz_second);
-    std::size_t const done = readInto(gz, plain, 5000);
-    EXPECT_EQ(allocationCount() - before, 0u) << "gzip";
-    EXPECT_TRUE(std::string(plain.data(), done) == content);
+    expectReadsAfterTheFirstAllocateNothing<ZUMGZIPInputStream>(member, content, "gzip");
+    expectReadsAfterTheFirstAllocateNothing<ZUMMultiMemberGZIPInputStream>(member + member, content + content,
+                                                                           "multi-member gzip");
+    std::string text(RVKBase64EncodedSize(200000, 0), '\0'), mime;
+    text.resize(RVKBase64Encode(content.data(), 200000, &text[0], 0));
+    for (std::size_t at = 0; at < text.size(); at += 76) {
+        mime += text.substr(at, 76) + "\r\n";
+    }
+    expectReadsAfterTheFirstAllocateNothing<ZUMStrictBase64InputStream>(text, content, "strict Base64", 0);
+    expectReadsAfterTheFirstAllocateNothing<ZUMStrictBase64InputStream>(mime, content, "strict Base64, blanks", 1);
 
     // gzip output after the first write, also for the next member.
     ZUMMemoryOutputStream sink(static_cast<int>(4 * member.size() + 65536), 4096);
@@ -84,55 +103,12 @@ TEST(SteadyStateAllocation, ChunkedLineAndGzipReadsAllocateNothing)
     std::string const rest = content.substr(1000);
     std::vector<std::size_t> const pieces_3000 = {3000}, pieces_5000 = {5000};
     gzip_out.write(content.data(), 1000);
-    before = allocationCount();
+    std::size_t const before = allocationCount();
     writeInPieces(gzip_out, rest, pieces_3000);
     gzip_out.finish();
     writeInPieces(gzip_out, content, pieces_5000);
     gzip_out.finish();
     EXPECT_EQ(allocationCount() - before, 0u) << "gzip output";
-}
-
-// The multi-member gzip stream after its first read: members and the
-// boundaries between them allocate nothing.
-TEST(SteadyStateAllocation, MultiMemberGzipReadsAllocateNothing)
-{
-    std::string const content = mixedData(100000, 17), member = zlibDeflate(content);
-    std::string const three = member + member + member;
-    ZUMMemoryInputStream mem(three.data(), static_cast<int>(three.size()));
-    ZUMMultiMemberGZIPInputStream gz(mem);
-    std::vector<char> plain(3 * content.size() + 1);
-    ASSERT_EQ(gz.read(plain.data(), 1), 1);
-    std::size_t before = allocationCount();
-    std::size_t done = readInto(gz, plain, 3000);
-    EXPECT_EQ(allocationCount() - before, 0u);
-    EXPECT_EQ(done, 3 * content.size() - 1);
-}
-
-// The strict Base64 stream allocates its text buffer at the first read and
-// nothing after, blanks skipped or not, also for the next text after unWrap
-// and wrap.
-TEST(SteadyStateAllocation, StrictBase64ReadsAllocateNothing)
-{
-    std::string const data = testBytes(100000, 5);
-    std::string text(RVKBase64EncodedSize(100000, 0), '\0');
-    text.resize(RVKBase64Encode(data.data(), 100000, &text[0], 0));
-    std::string mime;
-    for (std::size_t at = 0; at < text.size(); at += 76) {
-        mime += text.substr(at, 76) + "\r\n";
-    }
-    std::vector<char> out(data.size() + 1);
-    for (std::string const* t : {&text, &mime}) {
-        ZUMMemoryInputStream first(t->data(), static_cast<int>(t->size()));
-        ZUMMemoryInputStream second(t->data(), static_cast<int>(t->size()));
-        ZUMStrictBase64InputStream b64(first, t == &mime);
-        ASSERT_EQ(b64.read(out.data(), 1), 1);
-        std::size_t before = allocationCount();
-        EXPECT_EQ(readInto(b64, out, 5000), data.size() - 1);
-        b64.unWrap();
-        b64.wrap(second);
-        EXPECT_EQ(readInto(b64, out, 7000), data.size());
-        EXPECT_EQ(allocationCount() - before, 0u) << (t == &mime ? "blanks skipped" : "plain");
-    }
 }
 
 TEST(SteadyStateAllocation, LineBreakFilterReadsAllocateNothing)
