@@ -4,6 +4,7 @@
 #include "RVKMacros.h"
 #include "RVKOutOfMemoryError.h"
 #include "RVKUnexpectedError.h"
+#include "ZUMGZIPCodecRecord.h"
 #include "ZUMRaise.h"
 #include "ZUMReadSupport.h"
 
@@ -18,6 +19,8 @@
 namespace {
 
 using inflater::Record;
+using zum_detail::codecHandle;
+using zum_detail::codecRecord;
 
 // Decoder statuses kept in m_err (zlib's values).
 int const k_ok = 0;
@@ -65,9 +68,9 @@ ZUMGZIPInputStream::~ZUMGZIPInputStream()
 {
     if (m_state) {
         if (m_inflating) {
-            inflater::end(inflater::record(m_state));
+            inflater::end(codecRecord<Record>(m_state));
         }
-        inflater::destroy(inflater::record(m_state));
+        delete codecRecord<Record>(m_state);
     }
     delete[] m_inbuf;
 }
@@ -78,7 +81,7 @@ int ZUMGZIPInputStream::getByte()
     if (m_eof) {
         return -1;
     }
-    Record* r = inflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     if (r->avail_in == 0) {
         refill();
         if (m_eof) {
@@ -102,7 +105,7 @@ void ZUMGZIPInputStream::refill()
 {
     // avail_in stays 0 until the upstream has delivered, so a refill that
     // throws leaves the stream readable again.
-    Record* r = inflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     int n = inflater::takeEnded(r)
                 ? 0
                 : p_upstream->read(reinterpret_cast<char*>(inputArea(m_inbuf)), k_inbuf_size);
@@ -118,12 +121,12 @@ void ZUMGZIPInputStream::refill()
 void ZUMGZIPInputStream::readHeader()
 {
     if (!m_state) {
-        m_state = inflater::handle(RVK_GUARDED_NEW(inflater::create()));
+        m_state = codecHandle(RVK_GUARDED_NEW(new Record()));
     }
     if (!m_inbuf) {
         m_inbuf = RVK_GUARDED_NEW(new char[inflater::k_headroom + k_inbuf_size]);
     }
-    Record* r = inflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     if (m_inflating) {
         inflater::end(r);
         m_inflating = 0;
@@ -201,7 +204,7 @@ void ZUMGZIPInputStream::checkTrailer()
         m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_CRC_MISMATCH);
     }
-    if (stored_length != static_cast<std::uint32_t>(inflater::record(m_state)->total_out)) {
+    if (stored_length != static_cast<std::uint32_t>(codecRecord<Record>(m_state)->total_out)) {
         m_err = k_data_error;
         ZUM_RAISE_IO(k_read_method, m_err, ZUMMessage::GZIP_LENGTH_MISMATCH);
     }
@@ -230,7 +233,7 @@ int ZUMGZIPInputStream::decode(char* buf, int count)
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_read_method);
     }
 
-    Record* r = inflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     unsigned char* out = reinterpret_cast<unsigned char*>(buf);
     r->next_out = out;
     r->avail_out = static_cast<unsigned>(count);
@@ -292,7 +295,7 @@ void ZUMGZIPInputStream::unWrap()
         RVK_THROW(RVKIllegalStateError(0, nullptr), k_unwrap_method);
     }
     if (m_state) {
-        Record* r = inflater::record(m_state);
+        Record* r = codecRecord<Record>(m_state);
         if (m_inbuf) {
             if (r->avail_in > 0 && p_upstream->canUnread()) {
                 p_upstream->unread(reinterpret_cast<char const*>(r->next_in),

@@ -13,8 +13,6 @@
 #include <cstddef>
 #include <cstdint>
 
-struct z_stream_s;
-
 namespace {
 namespace deflater {
 
@@ -46,26 +44,6 @@ struct Record : isal_zstream {
     bool finishing;  // a finishing step has run: only finishing steps follow
     std::uint8_t level_buffer[k_level_buf_size];
 };
-
-inline Record* record(z_stream_s* state)
-{
-    return static_cast<Record*>(static_cast<void*>(state));
-}
-
-inline z_stream_s* handle(Record* r)
-{
-    return static_cast<z_stream_s*>(static_cast<void*>(r));
-}
-
-inline Record* create()
-{
-    return new Record();
-}
-
-inline void destroy(Record* r)
-{
-    delete r;
-}
 
 // Clears the input and points the output at `out` with no room yet.
 inline void prepare(Record* r, unsigned char* out)

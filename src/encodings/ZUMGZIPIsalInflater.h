@@ -12,8 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 
-struct z_stream_s;
-
 namespace {
 namespace inflater {
 
@@ -33,26 +31,6 @@ struct Record : inflate_state {
 // in front of its input area so that they fit there even when they came
 // from the previous refill.
 int const k_headroom = 8;
-
-inline Record* record(z_stream_s* state)
-{
-    return static_cast<Record*>(static_cast<void*>(state));
-}
-
-inline z_stream_s* handle(Record* r)
-{
-    return static_cast<z_stream_s*>(static_cast<void*>(r));
-}
-
-inline Record* create()
-{
-    return new Record();
-}
-
-inline void destroy(Record* r)
-{
-    delete r;
-}
 
 // Clears the output and points the input at `in` with nothing available.
 inline void prepare(Record* r, unsigned char* in)

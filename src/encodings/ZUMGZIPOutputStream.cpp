@@ -4,6 +4,7 @@
 #include "RVKMacros.h"
 #include "RVKOutOfMemoryError.h"
 #include "RVKUnexpectedError.h"
+#include "ZUMGZIPCodecRecord.h"
 #include "ZUMRaise.h"
 
 // The raw deflate compressor and CRC-32: zlib's, or ISA-L's in the fast
@@ -17,6 +18,8 @@
 namespace {
 
 using deflater::Record;
+using zum_detail::codecHandle;
+using zum_detail::codecRecord;
 
 // Compressor statuses and flush values (zlib's).
 int const k_ok = 0;
@@ -59,9 +62,9 @@ ZUMGZIPOutputStream::~ZUMGZIPOutputStream()
             // A destructor cannot report; the member stays incomplete.
         }
         if (m_deflating) {
-            deflater::end(deflater::record(m_state));
+            deflater::end(codecRecord<Record>(m_state));
         }
-        deflater::destroy(deflater::record(m_state));
+        delete codecRecord<Record>(m_state);
     }
     delete[] m_outbuf;
 }
@@ -69,12 +72,12 @@ ZUMGZIPOutputStream::~ZUMGZIPOutputStream()
 void ZUMGZIPOutputStream::openMember()
 {
     if (!m_state) {
-        m_state = deflater::handle(RVK_GUARDED_NEW(deflater::create()));
+        m_state = codecHandle(RVK_GUARDED_NEW(new Record()));
     }
     if (!m_outbuf) {
         m_outbuf = RVK_GUARDED_NEW(new char[k_outbuf_size]);
     }
-    Record* r = deflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     if (m_deflating) {  // left over from an opening whose header write failed
         deflater::end(r);
         m_deflating = 0;
@@ -107,7 +110,7 @@ void ZUMGZIPOutputStream::write(char const* bytes, int count)
     if (!m_header_written) {
         openMember();
     }
-    Record* r = deflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     deflater::input(r, bytes, count);
     while (r->avail_in > 0) {
         if (r->avail_out == 0) {
@@ -138,7 +141,7 @@ void ZUMGZIPOutputStream::finish()
     if (m_err != k_ok) {
         RVK_THROW(RVKUnexpectedError(m_err, nullptr), k_finish_method);
     }
-    Record* r = deflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     ZUM_CONVERT_TEXT(k_finish_method, {
         writeInt32(m_crc);
         writeInt32(r->total_in);
@@ -154,7 +157,7 @@ int ZUMGZIPOutputStream::do_flush(int flush)
 {
     RVK_ASSERT(m_state);
     RVK_ASSERT(p_downstream);
-    Record* r = deflater::record(m_state);
+    Record* r = codecRecord<Record>(m_state);
     r->avail_in = 0;
     bool done = false;
     int status = k_ok;

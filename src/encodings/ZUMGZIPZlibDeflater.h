@@ -20,26 +20,6 @@ static_assert(Z_OK == 0 && Z_STREAM_END == 1 && Z_MEM_ERROR == -4 && Z_BUF_ERROR
 // The compressor record that the stream keeps behind its z_stream_s pointer.
 using Record = z_stream;
 
-inline Record* record(z_stream_s* state)
-{
-    return state;
-}
-
-inline z_stream_s* handle(Record* r)
-{
-    return r;
-}
-
-inline Record* create()
-{
-    return new z_stream();
-}
-
-inline void destroy(Record* r)
-{
-    delete r;
-}
-
 // Clears the allocator fields and the input, and points the output at `out`
 // with no room yet.
 inline void prepare(Record* r, unsigned char* out)

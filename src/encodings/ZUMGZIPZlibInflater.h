@@ -23,26 +23,6 @@ using Record = z_stream;
 // Bytes kept in front of the input area of the input buffer.
 int const k_headroom = 0;
 
-inline Record* record(z_stream_s* state)
-{
-    return state;
-}
-
-inline z_stream_s* handle(Record* r)
-{
-    return r;
-}
-
-inline Record* create()
-{
-    return new z_stream();
-}
-
-inline void destroy(Record* r)
-{
-    delete r;
-}
-
 // Clears the allocator fields and the output, and points the input at `in`
 // with nothing available.
 inline void prepare(Record* r, unsigned char* in)

@@ -37,7 +37,7 @@ struct Inflated { std::string content, verdict; std::size_t trailer = 0; std::ui
         std::vector<unsigned char> in(inflater::k_headroom + size), room(out);                               \
         unsigned char* const start = in.data() + inflater::k_headroom;                                       \
         std::copy(member.begin() + 10, member.end(), start);                                                 \
-        inflater::Record* r = inflater::create();                                                            \
+        inflater::Record* r = new inflater::Record();                                                        \
         inflater::prepare(r, start);                                                                         \
         inflater::begin(r);                                                                                  \
         Inflated got;                                                                                        \
@@ -55,7 +55,7 @@ struct Inflated { std::string content, verdict; std::size_t trailer = 0; std::ui
         }                                                                                                    \
         got.trailer = 10 + static_cast<std::size_t>(r->next_in - start);                                     \
         inflater::end(r);                                                                                    \
-        inflater::destroy(r);                                                                                \
+        delete r;                                                                                            \
         auto const* bytes = reinterpret_cast<unsigned char const*>(got.content.data());                      \
         got.crc = inflater::crc(inflater::crc(0, nullptr, 0), bytes, got.content.size());                    \
         got.verdict = status == 1 ? "end" : status == -3 ? "corrupt" : "truncated";                          \
