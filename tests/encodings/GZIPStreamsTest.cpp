@@ -278,16 +278,8 @@ TEST(GZIPOutputStream, DoFlushSyncsTheMemberAndRefusesUnknownFlushValues)
     std::string const member = down.all();
     EXPECT_EQ(member.substr(synced - 4, 4), "\0\0\xFF\xFF"s);  // the empty stored block of the sync flush
 
-    z_stream z{};
-    inflateInit2(&z, -15);
-    std::string prefix = member.substr(10, synced - 10), out(content.size(), '\0');
-    z.next_in = reinterpret_cast<Bytef*>(&prefix[0]);
-    z.avail_in = static_cast<uInt>(prefix.size());
-    z.next_out = reinterpret_cast<Bytef*>(&out[0]);
-    z.avail_out = static_cast<uInt>(out.size());
-    EXPECT_EQ(inflate(&z, Z_SYNC_FLUSH), Z_OK);
-    inflateEnd(&z);
-    EXPECT_TRUE(out.substr(0, z.total_out) == content.substr(0, 30000)) << z.total_out;
+    // Byte aligned after the flush: an empty last block completes the data so far.
+    EXPECT_TRUE(zlibInflate(member.substr(10, synced - 10) + "\x03\x00"s, -15) == content.substr(0, 30000));
     EXPECT_TRUE(decodeWithOurReader(member) == content);
 }
 
