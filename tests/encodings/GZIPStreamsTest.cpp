@@ -166,7 +166,7 @@ TEST(GZIPInputStream, FailureTable)
     }
 
     // The read that meets a bad trailer raises after writing the data into an
-    // array; a byte buffer is left as it was.
+    // array; a byte buffer is left as it was, its terminating NUL included.
     ScriptedInputStream a({data(bad_crc)}), b({data(bad_crc)});
     ZUMGZIPInputStream into_array(a), into_buffer(b);
     std::string out(30000, '\0');
@@ -176,6 +176,7 @@ TEST(GZIPInputStream, FailureTable)
     EXPECT_EQ(raised([&] { into_buffer.read(buf, 30000); }), failure(-3, "GZIP_CRC_MISMATCH"));
     EXPECT_TRUE(out.substr(0, content.size()) == content);
     EXPECT_EQ(str(buf), "ab");
+    EXPECT_STREQ(buf.str(), "ab");
 }
 
 // Members of every size decode with our reader.
@@ -260,8 +261,9 @@ TEST(GZIPOutputStream, MembersOpenAtWriteAndEndAtFinishOrDestruction)
 
 // do_flush() with a sync flush in the middle of a member writes out, byte
 // aligned, everything written so far, and the member goes on; a second one
-// has nothing to add and is no error. Flush values that zlib's deflate does
-// not know are refused with -2 and leave the member intact.
+// has nothing to add and is no error, and a block flush ends no member.
+// Flush values that zlib's deflate does not know are refused with -2 and
+// leave the member intact.
 TEST(GZIPOutputStream, DoFlushSyncsTheMemberAndRefusesUnknownFlushValues)
 {
     std::string content = mixedData(50000, 9);
@@ -273,7 +275,9 @@ TEST(GZIPOutputStream, DoFlushSyncsTheMemberAndRefusesUnknownFlushValues)
     EXPECT_EQ(gz.do_flush(Z_SYNC_FLUSH), 0);
     EXPECT_EQ(gz.do_flush(Z_BLOCK + 1), Z_STREAM_ERROR);
     EXPECT_EQ(gz.do_flush(-1), Z_STREAM_ERROR);
-    gz.write(content.data() + 30000, 20000);
+    gz.write(content.data() + 30000, 10000);
+    EXPECT_EQ(gz.do_flush(Z_BLOCK), 0);  // a block flush, and the member goes on
+    gz.write(content.data() + 40000, 10000);
     gz.finish();
     std::string const member = down.all();
     EXPECT_EQ(member.substr(synced - 4, 4), "\0\0\xFF\xFF"s);  // the empty stored block of the sync flush

@@ -43,6 +43,7 @@ TEST(MultiMemberGZIPInputStream, FailuresNameTheirPlace)
         // Block type 3: zlib stops at the byte that holds it, ISA-L a word later.
         {k_m1 + m2With(10, '\x06'), -3, "GZIP_CORRUPT", "in the deflate data of member 2", s1 + (ZUM_FAST_INFLATE ? 18 : 11)},
         {k_m1 + k_m2 + "\x1f"s, -3, "GZIP_TRAILING_GARBAGE", "after the last member", s1 + s2},
+        {k_m2 + "\0\0\n"s, -3, "GZIP_TRAILING_GARBAGE", "after the last member", s2 + 2},  // padding, then not
     };
     for (Case const& c : cases) {
         ScriptedInputStream up(ScriptedInputStream::pieces(c.input, {5000}));
