@@ -115,10 +115,17 @@ Pass gunzipMemory()
     return gunzipMemoryOf(k_zlib_build);
 }
 
-// The multi-member stream in the same chain, over the same single member.
+// The multi-member stream in the same chain, over the same single member,
+// and the library's single-member stream there (zlib or ISA-L, as the
+// multi-member stream decodes with it).
 Pass gunzipChainMulti()
 {
     return gunzipChainOf(libraryMultiGunzip);
+}
+
+Pass gunzipChainLibrary()
+{
+    return gunzipChainOf(libraryGunzip);
 }
 
 // The fast inflate build (ISA-L); none where this program was built without it.

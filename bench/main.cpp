@@ -22,6 +22,7 @@ Pass gunzipZlib();
 Pass gunzipBoost();
 Pass gunzipPoco();
 Pass gunzipChainMulti();
+Pass gunzipChainLibrary();
 Pass gunzipChainFast();
 Pass gunzipMemoryFast();
 Pass gzipChain();
@@ -95,7 +96,7 @@ Row const k_rows[] = {
     {"gunzip/chain-vs-memory", k_gunzip, gunzipChain, "our memory > gzip (no framing)",
      gunzipMemory, 0, 0},
     {"gunzip/multi-vs-chain", "gunzip 64 MiB, one member: the same chain, multi-member gzip on top",
-     gunzipChainMulti, "our chain (single-member gzip)", gunzipChain, 0.98, 0},
+     gunzipChainMulti, "our chain (single-member gzip)", gunzipChainLibrary, 0.98, 0},
     {"gunzip/memory-vs-zlib", "gunzip 64 MiB: memory > gzip", gunzipMemory,
      "zlib inflate loop (limit)", gunzipZlib, 0, 0},
     {"gunzip/fast-chain-vs-zlib", k_gunzip_fast, gunzipChainFast, "zlib inflate loop", gunzipZlib,
